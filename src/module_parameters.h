@@ -1,0 +1,87 @@
+#pragma once
+
+#include <QVector>
+
+#include <optional>
+#include <variant>
+
+class QCheckBox;
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class Ui_MainWindow;
+
+/// The kinds of converter module, numbered like the items of the form's kind combo box.
+enum class ModuleKind { TcpRtu, RtuTcp, Universal };
+
+/// The kind at an index of that combo box; none for an index that it does not have.
+std::optional<ModuleKind> moduleKindAt(int index);
+
+/// A set of module kinds, one bit each.
+using ModuleKinds = unsigned;
+constexpr ModuleKinds setOf(ModuleKind kind)
+{
+    return 1U << static_cast<unsigned>(kind);
+}
+
+/// The wording that a module uses: TCP-RTU and RTU-TCP modules share one, the universal module has
+/// its own parity codes, acknowledgement and restart command.
+enum class Dialect { Fixed, Universal };
+constexpr Dialect dialectOf(ModuleKind kind)
+{
+    return kind == ModuleKind::Universal ? Dialect::Universal : Dialect::Fixed;
+}
+
+/// One wire code of a coded parameter.
+struct Code {
+    int item;          ///< index in the parameter's combo box
+    const char *reply; ///< what the module reports
+    const char *write =
+        reply; ///< what it is told; of several codes of an item the first is written
+};
+using Codes = QVector<Code>;
+
+/// Where a parameter departs from what the others do.
+enum Trait : unsigned {
+    NoTraits = 0,
+    RefusedByQuestionMark = 1U << 0, ///< a universal module refuses it with "?" and nothing else
+    TightWriteError = 1U << 1,       ///< its write error box has no blank before the text
+    KeepsMarkAtScanStart = 1U << 2,
+    KeepsMarkAtStyleclear = 1U << 3,
+    TracedInFixedDialect = 1U << 4, ///< its write command goes to the debug log
+    TracedInUniversalDialect = 1U << 5,
+    Traced = TracedInFixedDialect | TracedInUniversalDialect,
+};
+
+/// Everything that the program knows about one module parameter.
+struct Parameter {
+    ModuleKinds kinds; ///< the kinds that have it; other kinds neither show, read nor write it
+    const char
+        *query; ///< sent to read it; the reply repeats it, adds one separator, then the value
+    int width;  ///< the most characters that the value has in a reply
+    const char *writeCommand; ///< sent with the value appended; nullptr if it is display only
+    QLabel *Ui_MainWindow::*label;
+    std::variant<QLineEdit * Ui_MainWindow::*, QComboBox * Ui_MainWindow::*> field;
+    unsigned traits = NoTraits;
+    Codes fixedCodes = {}; ///< of a combo box, in the fixed dialect
+    Codes universalCodes = fixedCodes;
+    const char *traceLabel = nullptr; ///< stands before the write command in the debug log
+    QCheckBox *Ui_MainWindow::*offSwitch = nullptr; ///< checked for the value "off"
+
+    bool belongsTo(ModuleKind kind) const { return (kinds & setOf(kind)) != 0; }
+    bool isUniversalOnly() const { return kinds == setOf(ModuleKind::Universal); }
+    bool has(Trait trait) const { return (traits & trait) != 0; }
+    const Codes &codes(Dialect dialect) const
+    {
+        return dialect == Dialect::Fixed ? fixedCodes : universalCodes;
+    }
+};
+
+/// All parameters, in the order in which they are read and written.
+const QVector<Parameter> &parameters();
+
+/// The parameters that a read of this kind queries, in order.
+QVector<const Parameter *> readList(ModuleKind kind);
+
+/// The parameters that a write of this kind sends, in order.
+QVector<const Parameter *> writeList(ModuleKind kind);
