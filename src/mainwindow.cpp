@@ -1,0 +1,148 @@
+#include "mainwindow.h"
+
+#include "texts.h"
+#include "ui_mainwindow.h"
+
+#include <QTimer>
+
+MainWindow::MainWindow(QWidget *parent)
+    : QMainWindow(parent)
+    , ui(new Ui_MainWindow)
+{
+    ui->setupUi(this);
+
+    createTimer(scanTimer, scanStep, SLOT(timerforScan()));
+    createTimer(changeTimer, changeStep, SLOT(change_parametersofmodbus()));
+    createTimer(scanAllTimer, scanAllStep, SLOT(scan_pa_modbus_all()));
+    createTimer(changeModeTimer, changeModeStep, SLOT(change_mode_TCP()));
+
+    setWindowTitle(text::windowTitle);
+    setWindowIcon(QIcon(windowIconPath));
+
+    setLinkControls(false);
+    ui->lineEdit_MAC->setEnabled(false);
+    ui->lineEdit_version->setEnabled(false);
+
+    connect(ui->conbox0, SIGNAL(currentIndexChanged(int)), this, SLOT(universal_show(int)));
+    checkCustomDevicePathPolicy();
+    connect(&serial, &QSerialPort::readyRead, this, &MainWindow::readData);
+    connect(&serial, &QSerialPort::errorOccurred, this, &MainWindow::handleError);
+}
+
+MainWindow::~MainWindow()
+{
+    delete ui;
+    if (serial.isOpen()) {
+        serial.close();
+        scanTimer->stop();
+        changeTimer->stop();
+        changeModeTimer->stop();
+    }
+}
+
+void MainWindow::createTimer(QTimer *&timer, int &step, const char *tickSlot)
+{
+    step = 0;
+    timer = new QTimer(this);
+    connect(timer, SIGNAL(timeout()), this, tickSlot);
+    timer->setInterval(Sequence::tickMs);
+}
+
+void MainWindow::Sequence::start() const
+{
+    timer->start(tickMs);
+}
+
+void MainWindow::Sequence::stop() const
+{
+    timer->stop();
+    step = 0;
+}
+
+MainWindow::Sequence MainWindow::readSequence(ModuleKind kind)
+{
+    return kind == ModuleKind::Universal ? Sequence{scanAllTimer, scanAllStep}
+                                         : Sequence{scanTimer, scanStep};
+}
+
+MainWindow::Sequence MainWindow::writeSequence(ModuleKind kind)
+{
+    return kind == ModuleKind::Universal ? Sequence{changeModeTimer, changeModeStep}
+                                         : Sequence{changeTimer, changeStep};
+}
+
+void MainWindow::stopAllSequences()
+{
+    for (const ModuleKind kind : {ModuleKind::RtuTcp, ModuleKind::Universal}) {
+        readSequence(kind).stop();
+        writeSequence(kind).stop();
+    }
+}
+
+std::optional<ModuleKind> MainWindow::selectedKind() const
+{
+    return moduleKindAt(ui->conbox0->currentIndex());
+}
+
+QString MainWindow::nameOf(ModuleKind kind) const
+{
+    return ui->conbox0->itemText(static_cast<int>(kind)).trimmed();
+}
+
+QWidget *MainWindow::fieldOf(const Parameter &parameter) const
+{
+    return std::visit([this](auto field) -> QWidget * { return ui->*field; }, parameter.field);
+}
+
+void MainWindow::mark(const Parameter &parameter, const char *styleSheet)
+{
+    fieldOf(parameter)->setStyleSheet(styleSheet);
+}
+
+void MainWindow::universal_show(int index)
+{
+    const std::optional<ModuleKind> kind = moduleKindAt(index);
+    if (!kind)
+        return;
+    const bool universal = kind == ModuleKind::Universal;
+    const bool client = kind != ModuleKind::TcpRtu;
+
+    for (const Parameter &parameter : parameters()) {
+        QWidget *field = fieldOf(parameter);
+        // The hidden group already takes them out of sight.
+        if (!client && parameter.isUniversalOnly() && ui->groupBox_client->isAncestorOf(field))
+            continue;
+        const bool shown = parameter.belongsTo(*kind);
+        field->setVisible(shown);
+        (ui->*parameter.label)->setVisible(shown);
+        if (parameter.offSwitch)
+            (ui->*parameter.offSwitch)->setVisible(shown);
+    }
+    ui->groupBox_client->setVisible(client);
+    ui->reset_allparameters->setVisible(universal);
+    setFixedSize(750, universal ? 550 : 450);
+}
+
+void MainWindow::styleclear()
+{
+    for (const Parameter &parameter : parameters()) {
+        if (!parameter.has(KeepsMarkAtStyleclear))
+            mark(parameter, mark::none);
+    }
+}
+
+void MainWindow::clearMarksOfFixedKinds()
+{
+    for (const Parameter &parameter : parameters()) {
+        if (!parameter.isUniversalOnly())
+            mark(parameter, mark::none);
+    }
+}
+
+void MainWindow::on_checkBox_clicked(bool checked)
+{
+    ui->lineEdit_tcp_id->setEnabled(!checked);
+    ui->lineEdit_tcp_id->setStyleSheet(checked ? mark::lilac : mark::none);
+    if (checked)
+        ui->lineEdit_tcp_id->clear();
+}

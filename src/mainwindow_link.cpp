@@ -1,0 +1,126 @@
+#include "mainwindow.h"
+
+#include "texts.h"
+#include "ui_mainwindow.h"
+
+#include <QMessageBox>
+#include <QSerialPortInfo>
+#include <QSignalBlocker>
+#include <QTimer>
+
+#include <poll.h>
+
+void MainWindow::checkCustomDevicePathPolicy()
+{
+    ui->serialPortInfoListBox->clear();
+    const QList<QSerialPortInfo> ports = QSerialPortInfo::availablePorts();
+    for (const QSerialPortInfo &port : ports)
+        ui->serialPortInfoListBox->addItem(port.portName());
+}
+
+void MainWindow::on_scanport_clicked()
+{
+    checkCustomDevicePathPolicy();
+}
+
+void MainWindow::on_connect_clicked()
+{
+    const QString label = ui->connect->text();
+    if (label == text::connectPort) {
+        openport();
+        if (serial.isOpen())
+            ui->connect->setText(text::disconnectPort);
+    } else if (label == text::disconnectPort) {
+        ui->connect->setText(text::connectPort);
+        closeport();
+        stopAllSequences();
+        ui->scan_parameters->setText(text::scan);
+        ui->applyButton->setText(text::apply);
+    }
+}
+
+void MainWindow::openport()
+{
+    universal_show(ui->conbox0->currentIndex());
+    serial.setPortName(ui->serialPortInfoListBox->currentText());
+    {
+        // A failing open is reported below; its signal would make a lost port of it as well.
+        const QSignalBlocker blocker(serial);
+        serial.open(QIODevice::ReadWrite);
+    }
+    if (serial.isOpen()) {
+        setLinkControls(true);
+        ui->statusbar->showMessage(text::connected);
+        return;
+    }
+    QMessageBox::critical(this, tr(text::accessDenied), text::connectionError);
+    ui->statusbar->showMessage(text::portDenied);
+    scanTimer->stop();
+    changeTimer->stop();
+    ui->connect->setText(text::connectPort);
+}
+
+void MainWindow::closeport()
+{
+    if (!serial.isOpen())
+        return;
+    serial.close();
+    setLinkControls(false);
+    ui->statusbar->showMessage(text::disconnected);
+    readSequence(ModuleKind::RtuTcp).stop();
+    writeSequence(ModuleKind::RtuTcp).stop();
+}
+
+void MainWindow::setLinkControls(bool open)
+{
+    for (QWidget *control :
+         {ui->scan_parameters, ui->applyButton, ui->Reset, ui->reset_allparameters})
+        control->setEnabled(open);
+    for (QWidget *control :
+         {static_cast<QWidget *>(ui->conbox0), static_cast<QWidget *>(ui->serialPortInfoListBox),
+          static_cast<QWidget *>(ui->scanport)})
+        control->setEnabled(!open);
+}
+
+void MainWindow::handleError(QSerialPort::SerialPortError error)
+{
+    // A read from a hung-up line leaves errno as it was, so the library names the loss by chance.
+    const bool lost =
+        error == QSerialPort::ResourceError || (error == QSerialPort::ReadError && isPortHungUp());
+    if (!lost)
+        return;
+
+    closeport();
+    if (restartExpected) {
+        ui->connect->setText(text::connectPort);
+        return;
+    }
+    stopAllSequences();
+    QMessageBox::critical(this, tr(text::criticalError), text::connectionError);
+    ui->connect->setText(text::connectPort);
+    ui->applyButton->setText(text::apply);
+    styleclear();
+}
+
+bool MainWindow::isPortHungUp() const
+{
+    if (!serial.isOpen())
+        return false;
+    pollfd line{serial.handle(), 0, 0};
+    return ::poll(&line, 1, 0) > 0 && (line.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0;
+}
+
+/// Tells the user that the module is silent, then closes the port. The sequence ticks on until the
+/// box has been closed.
+void MainWindow::reportNoConnection(ModuleKind kind, const Sequence &sequence)
+{
+    // This runs in the timer's own slot, where a timer is mute until it is started anew.
+    if (sequence.timer->isActive())
+        sequence.timer->start();
+    QMessageBox::critical(this, tr(text::connectionError),
+                          QString(text::noConnection).arg(nameOf(kind)));
+    sequence.stop();
+    closeport();
+    ui->connect->setText(text::connectPort);
+    ui->scan_parameters->setText(text::scan);
+}

@@ -1,0 +1,135 @@
+#include "mainwindow.h"
+
+#include "module_protocol.h"
+#include "texts.h"
+#include "ui_mainwindow.h"
+
+#include <QDebug>
+#include <QMessageBox>
+#include <QTimer>
+
+namespace {
+
+bool take(QLineEdit *field, const Codes & /*codes*/, const QString &value)
+{
+    if (value.isEmpty())
+        return false;
+    field->setText(value);
+    return true;
+}
+
+bool take(QComboBox *field, const Codes &codes, const QString &value)
+{
+    const int item = protocol::itemOf(codes, value);
+    if (item < 0)
+        return false;
+    field->setCurrentIndex(item);
+    return true;
+}
+
+} // namespace
+
+void MainWindow::readData()
+{
+    replyText = protocol::replyText(serial.readAll());
+    qDebug() << "data 2:" + replyText;
+    if (replyText.isEmpty()) {
+        afterReadyRead([this] { reportEmptyDelivery(); });
+        return;
+    }
+    qDebug() << "data 2:" + replyText;
+
+    // The list of the RTU-TCP kind begins with the whole list of the TCP-RTU kind.
+    if (changeTimer->isActive())
+        takeAcknowledgement(ModuleKind::RtuTcp);
+    else if (scanTimer->isActive())
+        takeReply(ModuleKind::RtuTcp);
+    else if (changeModeTimer->isActive())
+        takeAcknowledgement(ModuleKind::Universal);
+    else if (scanAllTimer->isActive())
+        takeReply(ModuleKind::Universal);
+}
+
+/// A line that delivers nothing but line ends must not bury the window under boxes.
+void MainWindow::reportEmptyDelivery()
+{
+    constexpr int mostBoxes = 10;
+    if (findChildren<QMessageBox *>().size() < mostBoxes)
+        QMessageBox::critical(this, tr(text::emptyDelivery), text::connectionError);
+}
+
+/// Opens a box that a reply raised, from the event loop. Behind a box that is opened within
+/// readyRead the port would emit no further readyRead, and all that arrives would be glued
+/// together.
+void MainWindow::afterReadyRead(const std::function<void()> &openBox)
+{
+    QMetaObject::invokeMethod(this, openBox, Qt::QueuedConnection);
+}
+
+/// Takes the reply to the query that the step before sent.
+void MainWindow::takeReply(ModuleKind kind)
+{
+    const QVector<const Parameter *> queried = readList(kind);
+    const int queryStep = readSequence(kind).step - 1;
+    if (queryStep >= 0 && queryStep < queried.size())
+        showReply(*queried[queryStep], dialectOf(kind));
+}
+
+void MainWindow::showReply(const Parameter &parameter, Dialect dialect)
+{
+    const QString value = protocol::valueField(parameter, replyText);
+    if (parameter.offSwitch) {
+        showOffReply(parameter, value);
+        return;
+    }
+    const bool taken =
+        std::visit([&](auto field) { return take(ui->*field, parameter.codes(dialect), value); },
+                   parameter.field);
+    mark(parameter, taken ? mark::green : mark::red);
+}
+
+/// Shows the value of a parameter that can be switched off. No value means off rather than unknown.
+void MainWindow::showOffReply(const Parameter &parameter, const QString &value)
+{
+    mark(parameter, value.isEmpty() ? mark::lilac : mark::green);
+    if (value.isEmpty())
+        return;
+    const bool off = value == QLatin1String(protocol::off);
+    QLineEdit *field = ui->*std::get<QLineEdit * Ui_MainWindow::*>(parameter.field);
+    field->setText(off ? QString() : value);
+    field->setEnabled(!off);
+    (ui->*parameter.offSwitch)->setChecked(off);
+}
+
+/// Takes the acknowledgement of the write command at an even step, which may arrive during that
+/// step's tick or the idle one that follows it.
+void MainWindow::takeAcknowledgement(ModuleKind kind)
+{
+    const QVector<const Parameter *> written = writeList(kind);
+    const Sequence sequence = writeSequence(kind);
+    const int command = (sequence.step - 1) / 2;
+    if (sequence.step < 1 || command >= written.size())
+        return;
+
+    const Parameter &parameter = *written[command];
+    switch (protocol::judge(parameter, dialectOf(kind), replyText)) {
+    case protocol::Judgement::Acknowledged:
+        mark(parameter, mark::green);
+        if (command < 2)
+            writeAcknowledged = true;
+        break;
+    case protocol::Judgement::Refused:
+        mark(parameter, mark::red);
+        sequence.stop();
+        afterReadyRead([this, &parameter] {
+            QMessageBox::critical(this, tr(text::error),
+                                  parameter.has(TightWriteError) ? text::writeErrorTight
+                                                                 : text::writeError);
+            styleclear();
+            ui->applyButton->setText(text::apply);
+        });
+        break;
+    case protocol::Judgement::Meaningless:
+        break;
+    }
+}
