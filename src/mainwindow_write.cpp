@@ -1,0 +1,185 @@
+#include "mainwindow.h"
+
+#include "module_protocol.h"
+#include "texts.h"
+#include "ui_mainwindow.h"
+
+#include <QDebug>
+#include <QMessageBox>
+#include <QTimer>
+
+namespace {
+
+/// The idle step at which a write sequence looks for an acknowledgement of its first two commands.
+constexpr int acknowledgementCheck = 3;
+
+QByteArray valueIn(const QLineEdit *field, const Codes & /*codes*/)
+{
+    return field->text().toLatin1();
+}
+
+QByteArray valueIn(const QComboBox *field, const Codes &codes)
+{
+    return protocol::codeOf(codes, field->currentIndex());
+}
+
+/// What the universal write names its first steps in the debug log.
+const char *traceMarker(int step)
+{
+    switch (step) {
+    case 0:
+        return "case_1";
+    case 2:
+        return "case_3";
+    case acknowledgementCheck:
+        return "case_2";
+    default:
+        return nullptr;
+    }
+}
+
+} // namespace
+
+void MainWindow::on_applyButton_clicked()
+{
+    const QString label = ui->applyButton->text();
+    if (label == text::apply && ui->scan_parameters->text() == text::scan && serial.isOpen()) {
+        ui->applyButton->setText(text::stopApply);
+        if (const std::optional<ModuleKind> kind = selectedKind())
+            startWrite(*kind);
+    } else if (label == text::stopApply) {
+        ui->applyButton->setText(text::apply);
+        readSequence(ModuleKind::RtuTcp).stop();
+        writeSequence(ModuleKind::RtuTcp).stop();
+        writeSequence(ModuleKind::Universal).stop();
+        styleclear();
+    }
+}
+
+void MainWindow::startWrite(ModuleKind kind)
+{
+    const Sequence sequence = writeSequence(kind);
+    sequence.step = 0;
+    sequence.start();
+    if (kind != ModuleKind::Universal) {
+        readSequence(kind).stop();
+        clearMarksOfFixedKinds();
+    }
+}
+
+void MainWindow::change_parametersofmodbus()
+{
+    const std::optional<ModuleKind> kind = selectedKind();
+    if (kind == ModuleKind::RtuTcp)
+        change_pa_modbus_RTU_TCP();
+    else if (kind == ModuleKind::TcpRtu)
+        change_pa_modbus_TCP_RTU();
+}
+
+void MainWindow::change_pa_modbus_TCP_RTU()
+{
+    writeStep(ModuleKind::TcpRtu);
+}
+
+void MainWindow::change_pa_modbus_RTU_TCP()
+{
+    writeStep(ModuleKind::RtuTcp);
+}
+
+void MainWindow::change_mode_TCP()
+{
+    readSequence(ModuleKind::RtuTcp).stop();
+    writeSequence(ModuleKind::RtuTcp).stop();
+    readSequence(ModuleKind::Universal).stop();
+    writeStep(ModuleKind::Universal);
+}
+
+/// One tick of a write: a command on every even step, an idle tick for its acknowledgement on every
+/// odd one, and the restart of the module at the end.
+void MainWindow::writeStep(ModuleKind kind)
+{
+    const QVector<const Parameter *> written = writeList(kind);
+    const Sequence sequence = writeSequence(kind);
+    const int step = sequence.step++;
+    const int lastStep = 2 * written.size();
+
+    const char *marker = traceMarker(step);
+    if (kind == ModuleKind::Universal && marker)
+        qDebug() << replyText << marker;
+
+    if (step == lastStep)
+        endWrite(kind);
+    else if (step == acknowledgementCheck)
+        checkAcknowledgement(kind);
+    else if (step < lastStep && step % 2 == 0)
+        sendWriteCommand(*written[step / 2], dialectOf(kind));
+}
+
+void MainWindow::sendWriteCommand(const Parameter &parameter, Dialect dialect)
+{
+    const QByteArray command = parameter.writeCommand + valueToWrite(parameter, dialect);
+    serial.write(command);
+    if (!parameter.has(dialect == Dialect::Fixed ? TracedInFixedDialect : TracedInUniversalDialect))
+        return;
+    if (parameter.traceLabel)
+        qDebug() << parameter.traceLabel << command;
+    else
+        qDebug() << command;
+}
+
+QByteArray MainWindow::valueToWrite(const Parameter &parameter, Dialect dialect) const
+{
+    if (parameter.offSwitch && (ui->*parameter.offSwitch)->isChecked())
+        return protocol::off;
+    return std::visit([&](auto field) { return valueIn(ui->*field, parameter.codes(dialect)); },
+                      parameter.field);
+}
+
+void MainWindow::checkAcknowledgement(ModuleKind kind)
+{
+    if (writeAcknowledged)
+        return;
+    reportNoConnection(kind, writeSequence(kind));
+    ui->applyButton->setText(text::apply);
+}
+
+void MainWindow::endWrite(ModuleKind kind)
+{
+    serial.write(protocol::restartAfterWrite(dialectOf(kind)));
+    writeSequence(kind).stop();
+    restartExpected = true;
+    ui->applyButton->setText(text::apply);
+    QMessageBox::information(this, tr(text::writeResult),
+                             QString(text::writeSucceeded).arg(nameOf(kind)));
+    if (kind == ModuleKind::Universal)
+        styleclear();
+    else
+        clearMarksOfFixedKinds();
+}
+
+void MainWindow::on_Reset_clicked()
+{
+    serial.write(protocol::restart);
+    restartExpected = true;
+}
+
+void MainWindow::on_reset_allparameters_clicked()
+{
+    Reset_Default();
+}
+
+void MainWindow::Reset_Default()
+{
+    QMessageBox box;
+    const QAbstractButton *yes = box.addButton(tr(text::yes), QMessageBox::YesRole);
+    box.addButton(tr(text::no), QMessageBox::NoRole);
+    box.setWindowTitle(text::factoryReset);
+    box.setWindowIcon(QIcon(windowIconPath));
+    box.setText(tr(text::confirmFactoryReset));
+    box.exec();
+    if (box.clickedButton() != yes)
+        return;
+    serial.write(protocol::loadFactorySettings);
+    restartExpected = true;
+    qDebug() << "сброс параметры " + replyText;
+}
