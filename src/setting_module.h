@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+class QSettings;
+
+/// One parameter set and its settings file, an INI file of fourteen keys.
+///
+/// The members are filled before a save and read after a load; they hold exactly what the user
+/// typed or the file held. The integers are indexes of the form's combo boxes. Nothing is checked
+/// and no failure is reported: what cannot be read takes its default, what cannot be written stays
+/// as it is.
+class setting_module : public QObject {
+    Q_OBJECT
+
+public:
+    explicit setting_module(QObject *parent = nullptr);
+    ~setting_module() override;
+
+    QString moduleName; ///< item text of the kind combo box, trailing blank included
+    QString ipAddress;
+    QString mask;
+    QString gateway;
+    QString portTcp;
+    int speedRs485 = 0;
+    int stopBit = 0;
+    int parity = 0;
+    int modeTcp = 0;
+    QString timeoutResponse; ///< ms
+    QString ipServerTcp;
+    QString timeoutTcp; ///< s
+    QString rtuVirtualId;
+    QString tcpSlaveId;            ///< or "off"
+    QString fileName;              ///< answer of the last dialog, empty if it was cancelled
+    QSettings *settings = nullptr; ///< what the last load or save opened, owned
+
+public slots:
+    void LoadNTSetting(); ///< asks for the file
+    void SaveNTSetting(); ///< asks for the file
+    void LoadNTSetting(QString FileName);
+    void SaveNTSetting(QString FileName); ///< keeps what else an existing file holds
+
+private:
+    void open(const QString &name);
+};
