@@ -4,6 +4,8 @@
 
 int main(int argc, char *argv[])
 {
+    // Nothing here needs OpenGL; without this the X11 plugin loads it with all its libraries.
+    QCoreApplication::setAttribute(Qt::AA_ForceRasterWidgets);
     QApplication application(argc, argv);
     MainWindow window;
     window.setFixedSize(754, 550);

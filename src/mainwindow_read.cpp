@@ -29,6 +29,8 @@ void MainWindow::on_scan_parameters_clicked()
     if (label == text::scan) {
         ui->scan_parameters->setText(text::stopScan);
         ui->applyButton->setText(text::apply);
+        // Both, whatever the kind: a file loaded under a write may have changed the kind.
+        writeSequence(ModuleKind::RtuTcp).stop();
         writeSequence(ModuleKind::Universal).stop();
         if (const std::optional<ModuleKind> kind = selectedKind())
             startRead(*kind);
@@ -40,9 +42,6 @@ void MainWindow::on_scan_parameters_clicked()
 
 void MainWindow::startRead(ModuleKind kind)
 {
-    if (kind != ModuleKind::Universal)
-        writeSequence(kind).stop();
-
     const Sequence sequence = readSequence(kind);
     if (sequence.timer->isActive()) {
         sequence.stop();
