@@ -1,0 +1,127 @@
+#include "pty_line.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QSocketNotifier>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+#include <fcntl.h>
+#include <termios.h>
+#include <unistd.h>
+
+namespace simulator {
+
+PtyLine::PtyLine(const QString &path, QObject *parent)
+    : QObject(parent)
+{
+    if (path.isEmpty()) {
+        folder = std::make_unique<QTemporaryDir>();
+        linkPath = folder->filePath("module");
+    } else {
+        linkPath = QFileInfo(path).absoluteFilePath();
+    }
+}
+
+PtyLine::~PtyLine()
+{
+    hangUp();
+}
+
+bool PtyLine::open()
+{
+    if (isOpen())
+        return true;
+    if (!openPty() || !makeLink()) {
+        hangUp();
+        return false;
+    }
+    notifier = new QSocketNotifier(master, QSocketNotifier::Read, this);
+    connect(notifier, &QSocketNotifier::activated, this, [this] { readAll(); });
+    return true;
+}
+
+bool PtyLine::openPty()
+{
+    master = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+    char name[64];
+    if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0
+        || ptsname_r(master, name, sizeof name) != 0)
+        return fail("cannot open a pty");
+    ptyPath = QFile::decodeName(name);
+
+    // Kept open for as long as the line is: with no one at all at the far end, the master would
+    // report a hang-up without end and keep the notifier firing.
+    slave = ::open(name, O_RDWR | O_NOCTTY | O_CLOEXEC);
+    termios settings;
+    if (slave < 0 || tcgetattr(slave, &settings) != 0)
+        return fail(QString("cannot open %1").arg(ptyPath));
+    cfmakeraw(&settings);
+    if (tcsetattr(slave, TCSANOW, &settings) != 0)
+        return fail(QString("cannot set up %1").arg(ptyPath));
+    return true;
+}
+
+bool PtyLine::makeLink()
+{
+    // A pty link left by a simulator that was killed may lead to a pty again, somebody else's.
+    const QFileInfo old(linkPath);
+    if (old.isSymLink()
+        && (!old.exists() || old.symLinkTarget().startsWith(QLatin1String("/dev/pts/"))))
+        QFile::remove(linkPath);
+    if (symlink(QFile::encodeName(ptyPath), QFile::encodeName(linkPath)) != 0)
+        return fail(QString("cannot make the link %1").arg(linkPath));
+    return true;
+}
+
+bool PtyLine::fail(const QString &what)
+{
+    message = what + ": " + QString::fromLocal8Bit(std::strerror(errno));
+    return false;
+}
+
+void PtyLine::readAll()
+{
+    QByteArray bytes;
+    char buffer[512];
+    ssize_t count = 0;
+    while ((count = ::read(master, buffer, sizeof buffer)) > 0)
+        bytes.append(buffer, static_cast<int>(count));
+    if (!bytes.isEmpty())
+        emit received(bytes);
+}
+
+void PtyLine::write(const QByteArray &bytes)
+{
+    int done = 0;
+    while (isOpen() && done < bytes.size()) {
+        const ssize_t count =
+            ::write(master, bytes.constData() + done, static_cast<size_t>(bytes.size() - done));
+        if (count <= 0)
+            return;
+        done += static_cast<int>(count);
+    }
+}
+
+void PtyLine::hangUp()
+{
+    if (notifier) {
+        // It may be the one that is calling just now.
+        notifier->setEnabled(false);
+        notifier->deleteLater();
+        notifier = nullptr;
+    }
+    // The name may have been taken over by another line in the meantime.
+    const QFileInfo link(linkPath);
+    if (isOpen() && link.isSymLink() && link.symLinkTarget() == ptyPath)
+        QFile::remove(linkPath);
+    for (int *end : {&slave, &master}) {
+        if (*end >= 0)
+            ::close(*end);
+        *end = -1;
+    }
+}
+
+} // namespace simulator

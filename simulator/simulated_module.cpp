@@ -1,0 +1,154 @@
+#include "simulated_module.h"
+
+namespace simulator {
+
+namespace {
+
+// Long enough for the program to have read what came before the line goes dead.
+constexpr int hangUpDelayMs = 50;
+
+// Long enough for the program to read one delivery before the next one is there.
+constexpr int deliveryGapMs = 30;
+
+// An escape sequence, a NUL in the middle, and bytes that are no UTF-8.
+const char noiseHex[] = "a71b5b33316d3f00ffc3288007fe9c41";
+
+} // namespace
+
+SimulatedModule::SimulatedModule(ModuleKind kind, const QString &linkPath, QObject *parent)
+    : QObject(parent)
+    , moduleKind(kind)
+    , values(factoryValues(kind))
+    , line(linkPath)
+    , due(std::make_unique<QObject>())
+{
+    restartTimer.setSingleShot(true);
+    connect(&restartTimer, &QTimer::timeout, this, &SimulatedModule::comeBack);
+    connect(&floodTimer, &QTimer::timeout, this, &SimulatedModule::flood);
+    connect(&line, &PtyLine::received, this, &SimulatedModule::takeCommand);
+}
+
+SimulatedModule::~SimulatedModule() = default;
+
+bool SimulatedModule::start()
+{
+    return line.open();
+}
+
+void SimulatedModule::setValue(const QByteArray &query, const QByteArray &value)
+{
+    if (values.contains(query))
+        values[query] = value;
+}
+
+void SimulatedModule::send(const QByteArray &bytes)
+{
+    line.write(bytes);
+}
+
+void SimulatedModule::hangUp()
+{
+    if (!line.isOpen())
+        return;
+    due = std::make_unique<QObject>();
+    line.hangUp();
+    emit wentOff();
+}
+
+void SimulatedModule::comeBack()
+{
+    restartTimer.stop();
+    if (line.isOpen() || !line.open())
+        return;
+    restarting = false;
+    emit cameBack();
+}
+
+void SimulatedModule::takeCommand(const QByteArray &bytes)
+{
+    if (restarting)
+        return;
+    emit commandReceived(bytes);
+    if (faults.hangUpAfter > 0 && --faults.hangUpAfter == 0)
+        hangUp();
+    if (faults.floodMs > 0 && !floodTimer.isActive()) {
+        floodEnd.setRemainingTime(faults.floodMs);
+        floodTimer.start(0);
+    }
+    // Whoever heard of the command may have hung up as well.
+    if (line.isOpen())
+        obey(parseCommand(moduleKind, bytes));
+}
+
+void SimulatedModule::obey(const Command &command)
+{
+    switch (command.type) {
+    case Command::Type::Query:
+        reply(queryReply(command.query, faults.answers.value(command.query, value(command.query))));
+        break;
+    case Command::Type::Write:
+        if (command.query == faults.refuse) {
+            reply(refusal(moduleKind));
+        } else {
+            values[command.query] = command.value;
+            reply(acknowledgement(moduleKind));
+        }
+        break;
+    case Command::Type::FactoryReset:
+        values = factoryValues(moduleKind);
+        restart();
+        break;
+    case Command::Type::Restart:
+        restart();
+        break;
+    case Command::Type::Invalid:
+        reply(refusal(moduleKind));
+        break;
+    }
+}
+
+void SimulatedModule::reply(const QByteArray &bytes)
+{
+    if (faults.silent)
+        return;
+    QVector<QByteArray> deliveries;
+    if (faults.garbage)
+        deliveries.append(QByteArray::fromHex(noiseHex));
+    if (faults.empty)
+        deliveries.append("\r\n");
+    const int firstPart = faults.split ? bytes.size() / 2 : 0;
+    if (firstPart > 0)
+        deliveries.append(bytes.left(firstPart));
+    deliveries.append(bytes.mid(firstPart));
+
+    for (int i = 0; i < deliveries.size(); ++i) {
+        const bool last = i == deliveries.size() - 1;
+        const auto deliver = [this, delivery = deliveries.at(i), last, bytes] {
+            send(delivery);
+            if (last)
+                emit replySent(bytes);
+        };
+        // Precise also for long delays: coarse timers may fire together and merge deliveries.
+        QTimer::singleShot(faults.delayMs + i * deliveryGapMs, Qt::PreciseTimer, due.get(),
+                           deliver);
+    }
+}
+
+void SimulatedModule::flood()
+{
+    if (floodEnd.hasExpired() || !line.isOpen())
+        floodTimer.stop();
+    else
+        send(QByteArray::fromHex(noiseHex).repeated(256));
+}
+
+void SimulatedModule::restart()
+{
+    restarting = true;
+    QTimer::singleShot(hangUpDelayMs, due.get(), [this] {
+        restartTimer.start(restartMs);
+        hangUp();
+    });
+}
+
+} // namespace simulator

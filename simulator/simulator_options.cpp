@@ -1,0 +1,114 @@
+#include "simulator_options.h"
+
+#include <QCommandLineParser>
+
+namespace simulator {
+
+namespace {
+
+const QMap<QString, ModuleKind> kinds{
+    {"tcp-rtu", ModuleKind::TcpRtu},
+    {"rtu-tcp", ModuleKind::RtuTcp},
+    {"universal", ModuleKind::Universal},
+};
+
+QString kindNames()
+{
+    return kinds.keys().join(", ");
+}
+
+bool readKind(const QCommandLineParser &parser, ModuleKind *kind, QString *error)
+{
+    const QString name = parser.value("kind");
+    *kind = kinds.value(name);
+    if (!kinds.contains(name))
+        *error = QString("no kind \"%1\"; there are: %2").arg(name, kindNames());
+    return error->isEmpty();
+}
+
+/// Leaves the number as it is if the option is not given.
+bool readNumber(const QCommandLineParser &parser, const QString &option, int lowest, int *number,
+                QString *error)
+{
+    if (!parser.isSet(option))
+        return true;
+    bool isNumber = false;
+    *number = parser.value(option).toInt(&isNumber);
+    if (!isNumber || *number < lowest)
+        *error = QString("--%1 takes a whole number from %2 on").arg(option).arg(lowest);
+    return error->isEmpty();
+}
+
+bool checkParameter(ModuleKind kind, const QByteArray &name, QString *error)
+{
+    const QList<QByteArray> known = queriesOf(kind).toList();
+    if (!known.contains(name))
+        *error = QString("no parameter \"%1\" in this kind of module; there are: %2")
+                     .arg(QString(name), QString(known.join(", ")));
+    return error->isEmpty();
+}
+
+bool readRefusal(const QCommandLineParser &parser, Options *options, QString *error)
+{
+    options->faults.refuse = parser.value("refuse").toUtf8();
+    return !parser.isSet("refuse") || checkParameter(options->kind, options->faults.refuse, error);
+}
+
+bool readAnswers(const QCommandLineParser &parser, Options *options, QString *error)
+{
+    const QStringList answers = parser.values("answer");
+    for (const QString &answer : answers) {
+        const QByteArray text = answer.toUtf8();
+        const int equals = text.indexOf('=');
+        if (equals < 0)
+            *error = QString("--answer takes NAME=VALUE, not \"%1\"").arg(answer);
+        else if (checkParameter(options->kind, text.left(equals), error))
+            options->faults.answers.insert(text.left(equals), text.mid(equals + 1));
+    }
+    return error->isEmpty();
+}
+
+} // namespace
+
+void addOptions(QCommandLineParser &parser)
+{
+    const Options defaults;
+    const QString kind = kinds.key(defaults.kind);
+    parser.addOptions({
+        {"kind", QString("Kind of module: %1 (%2).").arg(kindNames(), kind), "name", kind},
+        {"link", "Make the port available under this path.", "path"},
+        {"silent", "Obey, but reply to nothing."},
+        {"delay", QString("Time from a command to its reply (%1 ms).").arg(defaults.faults.delayMs),
+         "ms"},
+        {"refuse", "Refuse to have this parameter written, e.g. \"PORT TCP\".", "name"},
+        {"split", "Send each reply in two deliveries."},
+        {"empty", "Send an empty line before each reply."},
+        {"garbage", "Send line noise before each reply."},
+        {"hang-up-after", "Hang up for good on receiving the N-th command.", "N"},
+        {"flood", "From each command on, send line noise without pause for this long.", "ms"},
+        {"answer", "Report this value of a parameter, e.g. \"ip=1.2.3.4\". May be repeated.",
+         "name=value"},
+        {"restart-time", QString("Time off the line at a restart (%1 ms).").arg(defaults.restartMs),
+         "ms"},
+    });
+}
+
+bool readOptions(const QCommandLineParser &parser, Options *options, QString *error)
+{
+    SimulatedModule::Faults &faults = options->faults;
+    error->clear();
+    options->linkPath = parser.value("link");
+    faults.silent = parser.isSet("silent");
+    faults.split = parser.isSet("split");
+    faults.empty = parser.isSet("empty");
+    faults.garbage = parser.isSet("garbage");
+    // The parameters there are depend on the kind.
+    return readKind(parser, &options->kind, error)
+        && readNumber(parser, "delay", 0, &faults.delayMs, error)
+        && readNumber(parser, "hang-up-after", 1, &faults.hangUpAfter, error)
+        && readNumber(parser, "flood", 0, &faults.floodMs, error)
+        && readNumber(parser, "restart-time", 0, &options->restartMs, error)
+        && readRefusal(parser, options, error) && readAnswers(parser, options, error);
+}
+
+} // namespace simulator

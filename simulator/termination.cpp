@@ -1,0 +1,26 @@
+#include "termination.h"
+
+#include <csignal>
+#include <initializer_list>
+
+#include <sys/signalfd.h>
+
+namespace simulator {
+
+int watchForEnd()
+{
+    // A log that nobody reads any more is no reason to leave the link behind.
+    std::signal(SIGPIPE, SIG_IGN);
+
+    // Scripts start background jobs with SIGINT ignored, and an ignored signal is never reported.
+    std::signal(SIGINT, SIG_DFL);
+
+    sigset_t ends;
+    sigemptyset(&ends);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP})
+        sigaddset(&ends, number);
+    sigprocmask(SIG_BLOCK, &ends, nullptr);
+    return signalfd(-1, &ends, SFD_CLOEXEC);
+}
+
+} // namespace simulator
