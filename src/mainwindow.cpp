@@ -25,7 +25,10 @@ MainWindow::MainWindow(QWidget *parent)
 
     connect(ui->conbox0, SIGNAL(currentIndexChanged(int)), this, SLOT(universal_show(int)));
     checkCustomDevicePathPolicy();
-    connect(&serial, &QSerialPort::readyRead, this, &MainWindow::readData);
+    // Queued, for the port emits no readyRead while one is being handled: what arrives behind a box
+    // that a reply raises would be kept back and glued together.
+    connect(&serial, &QSerialPort::readyRead, this, &MainWindow::readArrivedData,
+            Qt::QueuedConnection);
     connect(&serial, &QSerialPort::errorOccurred, this, &MainWindow::handleError);
 }
 

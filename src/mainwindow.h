@@ -5,8 +5,6 @@
 #include <QMainWindow>
 #include <QSerialPort>
 
-#include <functional>
-
 class QTimer;
 class Ui_MainWindow;
 
@@ -93,7 +91,7 @@ private:
     void showOffReply(const Parameter &parameter, const QString &value);
     void takeAcknowledgement(ModuleKind kind);
     void reportEmptyDelivery();
-    void afterReadyRead(const std::function<void()> &openBox);
+    void readArrivedData();
 
     // mainwindow_write.cpp
     void startWrite(ModuleKind kind);

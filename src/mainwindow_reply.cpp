@@ -29,12 +29,19 @@ bool take(QComboBox *field, const Codes &codes, const QString &value)
 
 } // namespace
 
+void MainWindow::readArrivedData()
+{
+    // The port may have been closed since the data arrived.
+    if (serial.bytesAvailable() > 0)
+        readData();
+}
+
 void MainWindow::readData()
 {
     replyText = protocol::replyText(serial.readAll());
     qDebug() << "data 2:" + replyText;
     if (replyText.isEmpty()) {
-        afterReadyRead([this] { reportEmptyDelivery(); });
+        reportEmptyDelivery();
         return;
     }
     qDebug() << "data 2:" + replyText;
@@ -56,14 +63,6 @@ void MainWindow::reportEmptyDelivery()
     constexpr int mostBoxes = 10;
     if (findChildren<QMessageBox *>().size() < mostBoxes)
         QMessageBox::critical(this, tr(text::emptyDelivery), text::connectionError);
-}
-
-/// Opens a box that a reply raised, from the event loop. Behind a box that is opened within
-/// readyRead the port would emit no further readyRead, and all that arrives would be glued
-/// together.
-void MainWindow::afterReadyRead(const std::function<void()> &openBox)
-{
-    QMetaObject::invokeMethod(this, openBox, Qt::QueuedConnection);
 }
 
 /// Takes the reply to the query that the step before sent.
@@ -121,13 +120,11 @@ void MainWindow::takeAcknowledgement(ModuleKind kind)
     case protocol::Judgement::Refused:
         mark(parameter, mark::red);
         sequence.stop();
-        afterReadyRead([this, &parameter] {
-            QMessageBox::critical(this, tr(text::error),
-                                  parameter.has(TightWriteError) ? text::writeErrorTight
-                                                                 : text::writeError);
-            styleclear();
-            ui->applyButton->setText(text::apply);
-        });
+        QMessageBox::critical(this, tr(text::error),
+                              parameter.has(TightWriteError) ? text::writeErrorTight
+                                                             : text::writeError);
+        styleclear();
+        ui->applyButton->setText(text::apply);
         break;
     case protocol::Judgement::Meaningless:
         break;
