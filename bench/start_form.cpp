@@ -1,0 +1,13 @@
+#include "first_frame.h"
+#include "mainwindow.h"
+
+// As the program itself starts, line by line.
+int main(int argc, char *argv[])
+{
+    QCoreApplication::setAttribute(Qt::AA_ForceRasterWidgets);
+    FirstFrameApplication application(argc, argv);
+    MainWindow window;
+    window.setFixedSize(754, 550);
+    window.show();
+    return QApplication::exec();
+}
