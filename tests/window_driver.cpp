@@ -2,50 +2,79 @@
 
 #include <QApplication>
 #include <QComboBox>
-#include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QStatusBar>
 
-Boxes::Boxes()
+QString nameOf(Kind kind)
 {
-    look();
+    const char *names[] = {"Modbus TCP-RTU", "Modbus RTU-TCP", "Modbus universal"};
+    return names[static_cast<int>(kind)];
 }
 
-QList<QMessageBox *> Boxes::open()
+void addKindRows()
 {
-    QList<QMessageBox *> boxes;
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    for (QWidget *widget : windows) {
-        auto *box = qobject_cast<QMessageBox *>(widget);
-        if (box && box->isVisible())
-            boxes.append(box);
-    }
-    return boxes;
+    QTest::addColumn<Kind>("kind");
+    for (const Kind kind : allKinds)
+        QTest::newRow(qPrintable(nameOf(kind))) << kind;
 }
 
-void Boxes::look()
+QByteArray contentOf(const QString &path)
 {
-    // First, for a handler may wait, and other boxes open meanwhile.
-    QTimer::singleShot(2, this, &Boxes::look);
-    known.removeAll(nullptr);
-    const QList<QMessageBox *> boxes = open();
-    for (QMessageBox *box : boxes) {
-        if (known.contains(box))
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(none)");
+}
+
+QList<QByteArrayList> tableOf(const QString &file)
+{
+    QList<QByteArrayList> rows;
+    for (const QByteArray &line : contentOf(TEST_DATA + file).split('\n')) {
+        if (line.isEmpty() || line.startsWith('#'))
             continue;
-        known.append(box);
-        seen.append(box->windowTitle() + ": " + box->text());
-        if (handle)
-            handle(box);
-        else
-            box->accept();
+        rows.append(QByteArrayList());
+        for (const QByteArray &cell : line.split('|'))
+            rows.last().append(QByteArray::fromPercentEncoding(cell));
     }
+    return rows;
 }
 
-namespace {
+QVector<ParameterCase> parametersOf(Kind kind)
+{
+    static const QList<QByteArrayList> table = tableOf("parameters.txt");
+    QVector<ParameterCase> parameters;
+    for (const QByteArrayList &row : table) {
+        if (row[0].contains(QByteArray::number(static_cast<int>(kind))))
+            parameters.append({row[1], row[2], row[3], row[4], row[5]});
+    }
+    return parameters;
+}
 
-WindowDriver *driver = nullptr;
+QVector<ParameterCase> writesOf(Kind kind)
+{
+    QVector<ParameterCase> writes;
+    for (const ParameterCase &parameter : parametersOf(kind)) {
+        if (!parameter.command.isEmpty())
+            writes.append(parameter);
+    }
+    return writes;
+}
 
-void keepDebugLine(QtMsgType type, const QMessageLogContext & /*context*/, const QString &line)
+QByteArrayList writeCommandsOf(Kind kind)
+{
+    QByteArrayList commands;
+    for (const ParameterCase &write : writesOf(kind))
+        commands.append(write.command);
+    return commands << (kind == Kind::Universal ? "reset" : "RESET");
+}
+
+QByteArray acknowledgementOf(Kind kind)
+{
+    return kind == Kind::Universal ? "ok" : "OK";
+}
+
+static WindowDriver *driver = nullptr;
+
+static void keepDebugLine(QtMsgType type, const QMessageLogContext &, const QString &line)
 {
     if (type == QtDebugMsg && driver)
         driver->debugLines.append(line);
@@ -53,21 +82,21 @@ void keepDebugLine(QtMsgType type, const QMessageLogContext & /*context*/, const
         fprintf(stderr, "%s\n", qPrintable(line));
 }
 
-} // namespace
-
 WindowDriver::WindowDriver(Kind kind)
     : module(kind)
+    , timers(window.findChildren<QTimer *>(QString(), Qt::FindDirectChildrenOnly))
 {
     driver = this;
     qInstallMessageHandler(keepDebugLine);
     module.faults.delayMs = 1;
-    QObject::connect(&module, &simulator::SimulatedModule::commandReceived,
-                     [this](const QByteArray &command) { commands.append(command); });
+    connect(&module, &simulator::SimulatedModule::commandReceived, this,
+            [this](const QByteArray &command) { commands.append(command); });
     if (!module.start())
         qFatal("%s", qPrintable(module.errorString()));
     choosePort(module.portPath());
     find<QComboBox>("conbox0")->setCurrentIndex(static_cast<int>(kind));
     window.show();
+    lookForDialogs();
 }
 
 WindowDriver::~WindowDriver()
@@ -83,10 +112,14 @@ void WindowDriver::choosePort(const QString &port)
     ports->setCurrentIndex(ports->count() - 1);
 }
 
-void WindowDriver::connectPort()
+void WindowDriver::prepare()
 {
-    click("connect");
-    QTRY_COMPARE(status(), QString("Connected"));
+    module.faults.silent = true;
+    connectPort();
+    click("scan_parameters"); // a read, stopped at once
+    click("scan_parameters");
+    for (const ParameterCase &parameter : parametersOf(module.kind()))
+        enter(parameter.widget, parameter.inForm);
 }
 
 QString WindowDriver::text(const QString &name)
@@ -105,33 +138,43 @@ void WindowDriver::enter(const QString &name, const QString &text)
         find<QLineEdit>(name)->setText(text);
 }
 
-QString WindowDriver::status()
+QString WindowDriver::state()
 {
-    return window.statusBar()->currentMessage();
-}
-
-QTimer *WindowDriver::timer(Sequence sequence)
-{
-    return window.findChildren<QTimer *>(QString(), Qt::FindDirectChildrenOnly).at(sequence);
+    QStringList state{window.statusBar()->currentMessage(), text("connect"),
+                      text("scan_parameters"), text("applyButton")};
+    if (QTimer *timer = activeTimer())
+        state.append(timers.indexOf(timer) % 2 == 0 ? "read" : "write");
+    bool marked = false;
+    for (const ParameterCase &parameter : parametersOf(Kind::Universal))
+        marked = marked || !mark(parameter.widget).isEmpty();
+    if (marked)
+        state.append("marks");
+    const bool linked = text("connect") == "Отсоединиться";
+    for (const char *name : {"scan_parameters", "applyButton", "Reset", "reset_allparameters"}) {
+        if (isEnabled(name) != linked)
+            state.append(name);
+    }
+    for (const char *name : {"conbox0", "serialPortInfoListBox", "scanport"}) {
+        if (isEnabled(name) == linked)
+            state.append(name);
+    }
+    return state.join(", ");
 }
 
 QTimer *WindowDriver::activeTimer()
 {
-    for (const Sequence sequence : {Scan, Change, ScanAll, ChangeMode}) {
-        if (timer(sequence)->isActive())
-            return timer(sequence);
+    for (QTimer *timer : timers) {
+        if (timer->isActive())
+            return timer;
     }
     return nullptr;
 }
 
-void WindowDriver::slowDown()
+void WindowDriver::start(const QString &button)
 {
+    click(button);
+    QVERIFY(activeTimer());
     activeTimer()->setInterval(3600 * 1000);
-}
-
-void WindowDriver::ticksEvery(int ms)
-{
-    activeTimer()->setInterval(ms);
 }
 
 void WindowDriver::tick()
@@ -150,82 +193,49 @@ bool WindowDriver::tickCommand()
     return QTest::qWaitFor([&] { return commands.size() > before; });
 }
 
-bool WindowDriver::tickAndReply()
-{
-    const int before = deliveriesHandled();
-    return tickCommand() && QTest::qWaitFor([&] { return deliveriesHandled() > before; });
-}
-
 bool WindowDriver::deliver(const QByteArray &bytes)
 {
-    const int before = deliveriesHandled();
+    const int before = deliveriesTraced();
     module.send(bytes);
-    return QTest::qWaitFor([&] { return deliveriesHandled() > before; });
+    return QTest::qWaitFor([&] { return deliveriesTraced() > before; });
 }
 
-int WindowDriver::deliveriesHandled() const
+bool WindowDriver::writeRows(int count)
 {
-    // The window traces a delivery as soon as it comes and, unless it is empty, again.
-    int handled = 0;
-    for (int i = 0; i < debugLines.size(); ++i) {
-        if (!debugLines[i].startsWith("\"data 2:"))
-            continue;
-        ++handled;
-        if (debugLines[i] != "\"data 2:\"")
-            ++i;
-    }
-    return handled;
-}
-
-bool WindowDriver::readWholeModule()
-{
-    click("scan_parameters");
-    slowDown();
-    for (int i = 0; i < module.queries().size(); ++i) {
-        if (!tickAndReply())
+    for (int row = 0; row < count; ++row) {
+        if (!tickCommand() || !deliver(acknowledgementOf(module.kind())))
             return false;
+        tick();
     }
-    tick();
-    return !activeTimer();
+    return true;
 }
 
-QVector<ParameterCase> parametersOf(Kind kind)
+void WindowDriver::lookForDialogs()
 {
-    const bool universal = kind == Kind::Universal;
-    QVector<ParameterCase> list{
-        {"MAC", "lineEdit_MAC", "02-00-00-AB-CD-EF", "02-00-00-AB-CD-EF"},
-        {"ip", "lineEdit_ip", "192.168.100.200", "192.168.100.200"},
-        {"MASK", "lineEdit_mask", "255.255.255.128", "255.255.255.128"},
-        {"GATEWAY", "lineEdit_gateway", "10.0.0.1", "10.0.0.1"},
-        {"PORT TCP", "lineEdit_portTCP", "10502", "10502"},
-        {"parity", "comboBox", universal ? "even" : "2", "#3"},
-        {"SPEED RS485", "comboBox_speed", "57200", "#7"},
-        {"STOP BIT", "comboBox_2", "2", "#2"},
-        {"IP SERVER TCP", "lineEdit_ipservertcp", "10.0.0.1", "10.0.0.1"},
-        {"TIMEOUT TCP", "lineEdit_timeout", "240", "240"},
-    };
-    if (kind == Kind::TcpRtu)
-        list.resize(8);
-    if (universal) {
-        list.insert(8, {"timeout response", "lineEdit_timewait", "9999", "9999"});
-        list.prepend({"version", "lineEdit_version", "1.2.3-beta", "1.2.3-beta"});
-        list.prepend({"MODE TCP", "comboBox_mode", "client", "#2"});
-        list.append({"rtu virtual id", "lineEdit_rtu_virtual_id", "247", "247"});
-        list.append({"tcp slave id", "lineEdit_tcp_id", "255", "255"});
-    }
-    return list;
+    // First, for a handler may wait, and other boxes open meanwhile.
+    QTimer::singleShot(2, this, &WindowDriver::lookForDialogs);
+    QWidget *top = QApplication::activeModalWidget();
+    if (!top || top->property("known").toBool())
+        return;
+    top->setProperty("known", true);
+    auto *box = qobject_cast<QMessageBox *>(top);
+    if (box)
+        boxes.append(box->windowTitle() + ": " + box->text());
+    if (!box)
+        handleDialog(qobject_cast<QFileDialog *>(top));
+    else if (handleBox)
+        handleBox(box);
+    else if (QAbstractButton *yes = box->button(QMessageBox::Yes))
+        yes->click();
+    else
+        box->accept();
 }
 
-void addKindRows()
+void WindowDriver::answer(QDialog *fileDialog, const QString &path)
 {
-    QTest::addColumn<Kind>("kind");
-    QTest::newRow("TCP-RTU") << Kind::TcpRtu;
-    QTest::newRow("RTU-TCP") << Kind::RtuTcp;
-    QTest::newRow("universal") << Kind::Universal;
-}
-
-Kind fetchKind()
-{
-    QFETCH(Kind, kind);
-    return kind;
+    fileDialog->findChild<QLineEdit *>("fileNameEdit")->setText(path);
+    if (path.isEmpty())
+        fileDialog->reject();
+    else
+        fileDialog->accept();
 }
