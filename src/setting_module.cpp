@@ -1,11 +1,15 @@
 #include "setting_module.h"
 
+#include "ini_objects.h"
 #include "texts.h"
 
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QSaveFile>
 #include <QSettings>
+#include <QTemporaryDir>
 
+#include <optional>
 #include <variant>
 
 namespace {
@@ -42,12 +46,35 @@ void read(const QSettings &settings, const char *key, int &member)
     member = settings.value(key, 0).toInt();
 }
 
-/// Whether QSettings may be let at the file: it reads a file whole, before a load and before a save
-/// alike, so a pipe or a huge file would hold up the window.
-bool isHarmless(const QFileInfo &file)
+/// What a settings file holds; none if it cannot be read, names objects, or is nothing that could
+/// be read at once.
+std::optional<QByteArray> contentOf(const QFileInfo &info)
 {
     constexpr qint64 mostBytes = 1 << 20; // some thousand times a settings file
-    return file.isFile() && file.isReadable() && file.size() <= mostBytes;
+    if (!info.isFile() || info.size() > mostBytes)
+        return std::nullopt;
+    QFile file(info.filePath());
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    const QByteArray content = file.read(info.size());
+    if (content.size() != info.size() || namesObject(content))
+        return std::nullopt;
+    return content;
+}
+
+/// False if it cannot be written, also for a full disk.
+bool write(QFileDevice &file, const QByteArray &content)
+{
+    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.flush();
+}
+
+/// Puts the content in the place of the file, or leaves that as it was.
+void replace(const QFileInfo &info, const QByteArray &content)
+{
+    QDir().mkpath(info.path());
+    QSaveFile file(info.exists() ? info.canonicalFilePath() : info.filePath());
+    if (write(file, content))
+        file.commit();
 }
 
 } // namespace
@@ -62,10 +89,22 @@ setting_module::~setting_module()
     delete settings;
 }
 
-void setting_module::open(const QString &name)
+/// Opens a copy of the file in `settings`, of an empty one where there is none or it cannot be
+/// read. Whether the copy may take the file's place.
+///
+/// QSettings is not let at the file itself: it waits for a lock, and keeps what it could not write
+/// in a cache of the process, by file name, to write it when a file of that name is opened next.
+bool setting_module::open(const QFileInfo &file)
 {
+    const std::optional<QByteArray> content = file.exists() ? contentOf(file) : QByteArray();
     delete settings;
-    settings = new QSettings(name, QSettings::IniFormat);
+    scratch = std::make_unique<QTemporaryDir>();
+    QFile copy(scratch->filePath("copy"));
+    const bool copied = write(copy, content.value_or(QByteArray()));
+    // A load does not need room for a copy.
+    settings =
+        new QSettings(content && !copied ? file.filePath() : copy.fileName(), QSettings::IniFormat);
+    return content && copied;
 }
 
 void setting_module::LoadNTSetting()
@@ -84,7 +123,7 @@ void setting_module::SaveNTSetting()
 
 void setting_module::LoadNTSetting(QString FileName)
 {
-    open(isHarmless(QFileInfo(FileName)) ? FileName : QString());
+    open(QFileInfo(FileName));
     for (const Key &key : keys) {
         std::visit([&](auto member) { read(*settings, key.name, this->*member); }, key.member);
     }
@@ -93,11 +132,14 @@ void setting_module::LoadNTSetting(QString FileName)
 void setting_module::SaveNTSetting(QString FileName)
 {
     const QFileInfo file(FileName);
-    if (FileName.isEmpty() || (file.exists() && !isHarmless(file)))
+    if (!open(file) || FileName.isEmpty())
         return;
-    open(FileName);
     for (const Key &key : keys) {
         std::visit([&](auto member) { settings->setValue(key.name, this->*member); }, key.member);
     }
     settings->sync();
+    if (settings->status() == QSettings::AccessError)
+        return;
+    if (const std::optional<QByteArray> content = contentOf(settings->fileName()))
+        replace(file, *content);
 }

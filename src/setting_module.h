@@ -3,14 +3,19 @@
 #include <QObject>
 #include <QString>
 
+#include <memory>
+
+class QFileInfo;
 class QSettings;
+class QTemporaryDir;
 
 /// One parameter set and its settings file, an INI file of fourteen keys.
 ///
 /// The members are filled before a save and read after a load; they hold exactly what the user
 /// typed or the file held. The integers are indexes of the form's combo boxes. Nothing is checked
 /// and no failure is reported: what cannot be read takes its default, what cannot be written stays
-/// as it is.
+/// as it is. A file of more than 1 MiB, or with a value that QSettings would turn into an object,
+/// counts as one that can be neither.
 class setting_module : public QObject {
     Q_OBJECT
 
@@ -33,7 +38,7 @@ public:
     QString rtuVirtualId;
     QString tcpSlaveId;            ///< or "off"
     QString fileName;              ///< answer of the last dialog, empty if it was cancelled
-    QSettings *settings = nullptr; ///< what the last load or save opened, owned
+    QSettings *settings = nullptr; ///< the copy that the last load or save opened, owned
 
 public slots:
     void LoadNTSetting(); ///< asks for the file
@@ -42,5 +47,7 @@ public slots:
     void SaveNTSetting(QString FileName); ///< keeps what else an existing file holds
 
 private:
-    void open(const QString &name);
+    bool open(const QFileInfo &file);
+
+    std::unique_ptr<QTemporaryDir> scratch; ///< where the copy lies
 };

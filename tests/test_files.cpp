@@ -10,6 +10,7 @@
 #include <memory>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 static void put(const QString &path, const QByteArray &content)
 {
@@ -17,6 +18,28 @@ static void put(const QString &path, const QByteArray &content)
     if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
         qFatal("cannot write %s", qPrintable(path));
 }
+
+/// While it lives, nothing can be written in the folder; root is nobody meanwhile.
+class WriteProtection {
+public:
+    explicit WriteProtection(const QString &folder)
+        : path(QFile::encodeName(folder))
+    {
+        constexpr uid_t nobody = 65534;
+        chmod(path, 0555);
+        if (getuid() == 0 && seteuid(nobody) != 0)
+            qFatal("cannot become another user");
+    }
+    ~WriteProtection()
+    {
+        if (seteuid(getuid()) != 0)
+            qFatal("cannot become the old user again");
+        chmod(path, 0700);
+    }
+
+private:
+    const QByteArray path;
+};
 
 class TestFiles : public QObject {
     Q_OBJECT
@@ -152,11 +175,76 @@ private slots:
         setting_module store;
         for (const char *target : {"", "pipe", "huge", "folder", "/dev/full"}) {
             store.SaveNTSetting(target);
+            QVERIFY(store.settings);
             store.LoadNTSetting(target);
+            QVERIFY(store.settings);
             QCOMPARE(store.moduleName, QString());
         }
         QCOMPARE(files(), before);
         QCOMPARE(contentOf("huge").size(), 2 << 20);
+    }
+
+    void failedSaveLeavesNothingBehind()
+    {
+        const auto othersWith = [this](const char *address) {
+            return QByteArray(others).replace("10.0.0.7", address);
+        };
+        put(site, others);
+        trigger("action_open_2", site);
+        driver->enter("lineEdit_ip", "1.2.3.4");
+        {
+            const WriteProtection protection(folder->path());
+            trigger("action_save", site);
+        }
+        QCOMPARE(contentOf(site), others);
+        QCOMPARE(files(), QStringList{"site.TRset"});
+        trigger("action");
+        QCOMPARE(driver->text("lineEdit_ip"), QString("10.0.0.7"));
+        put(site, othersWith("10.0.0.8"));
+        trigger("action");
+        QCOMPARE(driver->text("lineEdit_ip"), QString("10.0.0.8"));
+        QCOMPARE(contentOf(site), othersWith("10.0.0.8"));
+        driver->enter("lineEdit_ip", "10.0.0.9");
+        trigger("action_save", site);
+        QCOMPARE(contentOf(site), othersWith("10.0.0.9"));
+    }
+
+    void savesInPlaceOfTheFile()
+    {
+        put("real.TRset", "");
+        QVERIFY(chmod("real.TRset", 0604) == 0);
+        QVERIFY(QFile::link("real.TRset", "link.TRset") && QFile::link("link.TRset", site));
+        QVERIFY(QDir().mkdir("real.TRset.lock") && QDir().mkdir("site.TRset.lock"));
+        trigger("action_save", site);
+        QCOMPARE(contentOf("real.TRset"), defaults);
+        struct stat real;
+        QVERIFY(stat("real.TRset", &real) == 0);
+        QCOMPARE(real.st_mode & 0777U, 0604U);
+        QVERIFY(QFileInfo(site).isSymLink() && QFileInfo("link.TRset").isSymLink());
+    }
+
+    void buildsNoObjects()
+    {
+        for (const QByteArrayList &row : tableOf("objects.txt")) {
+            const QByteArray content =
+                QByteArray(row[0]).replace("(5)", "(\\0\\0\\0\\x2\\0\\0\\0\\x5)");
+            put(site, content);
+            driver->enter("lineEdit_ip", "1.2.3.4");
+            trigger("action_save", site);
+            QCOMPARE(contentOf(site), content);
+            trigger("action_open_2", site);
+            QCOMPARE(driver->text("lineEdit_ip"), QString());
+        }
+        // What only looks like one when it is typed.
+        for (const char *text : {"@Variant(x)", "@@DateTime(x)", " @Variant(x)", "a,@Variant(x)",
+                                 "=\t@Variant(x)", "\"@Variant(x)", "\\@Variant(x)", "@"}) {
+            QFile::remove(site);
+            driver->enter("lineEdit_ip", text);
+            trigger("action_save", site);
+            driver->enter("lineEdit_ip", "1.2.3.4");
+            trigger("action_open_2", site);
+            QCOMPARE(driver->text("lineEdit_ip"), QString(text));
+        }
     }
 
     void loadsUnderARunningRead()
