@@ -11,10 +11,10 @@ MainWindow::MainWindow(QWidget *parent)
 {
     ui->setupUi(this);
 
-    createTimer(scanTimer, scanStep, SLOT(timerforScan()));
-    createTimer(changeTimer, changeStep, SLOT(change_parametersofmodbus()));
-    createTimer(scanAllTimer, scanAllStep, SLOT(scan_pa_modbus_all()));
-    createTimer(changeModeTimer, changeModeStep, SLOT(change_mode_TCP()));
+    createTimer(scanTimer, SLOT(timerforScan()));
+    createTimer(changeTimer, SLOT(change_parametersofmodbus()));
+    createTimer(scanAllTimer, SLOT(scan_pa_modbus_all()));
+    createTimer(changeModeTimer, SLOT(change_mode_TCP()));
 
     setWindowTitle(text::windowTitle);
     setWindowIcon(QIcon(windowIconPath));
@@ -25,10 +25,9 @@ MainWindow::MainWindow(QWidget *parent)
 
     connect(ui->conbox0, SIGNAL(currentIndexChanged(int)), this, SLOT(universal_show(int)));
     checkCustomDevicePathPolicy();
-    // Queued, for the port emits no readyRead while one is being handled: what arrives behind a box
-    // that a reply raises would be kept back and glued together.
-    connect(&serial, &QSerialPort::readyRead, this, &MainWindow::readArrivedData,
-            Qt::QueuedConnection);
+    // Directly, for a reply that was there before a tick has to be taken before it: the tick would
+    // move the counter on, and the reply would count for the next command.
+    connect(&serial, &QSerialPort::readyRead, this, &MainWindow::readData);
     connect(&serial, &QSerialPort::errorOccurred, this, &MainWindow::handleError);
 }
 
@@ -43,9 +42,8 @@ MainWindow::~MainWindow()
     }
 }
 
-void MainWindow::createTimer(QTimer *&timer, int &step, const char *tickSlot)
+void MainWindow::createTimer(QTimer *&timer, const char *tickSlot)
 {
-    step = 0;
     timer = new QTimer(this);
     connect(timer, SIGNAL(timeout()), this, tickSlot);
     timer->setInterval(Sequence::tickMs);
@@ -62,23 +60,23 @@ void MainWindow::Sequence::stop() const
     step = 0;
 }
 
-MainWindow::Sequence MainWindow::readSequence(ModuleKind kind)
+MainWindow::Sequence MainWindow::readSequence(Dialect dialect)
 {
-    return kind == ModuleKind::Universal ? Sequence{scanAllTimer, scanAllStep}
-                                         : Sequence{scanTimer, scanStep};
+    return dialect == Dialect::Fixed ? Sequence{scanTimer, scanStep}
+                                     : Sequence{scanAllTimer, scanAllStep};
 }
 
-MainWindow::Sequence MainWindow::writeSequence(ModuleKind kind)
+MainWindow::Sequence MainWindow::writeSequence(Dialect dialect)
 {
-    return kind == ModuleKind::Universal ? Sequence{changeModeTimer, changeModeStep}
-                                         : Sequence{changeTimer, changeStep};
+    return dialect == Dialect::Fixed ? Sequence{changeTimer, changeStep}
+                                     : Sequence{changeModeTimer, changeModeStep};
 }
 
 void MainWindow::stopAllSequences()
 {
-    for (const ModuleKind kind : {ModuleKind::RtuTcp, ModuleKind::Universal}) {
-        readSequence(kind).stop();
-        writeSequence(kind).stop();
+    for (const Dialect dialect : {Dialect::Fixed, Dialect::Universal}) {
+        readSequence(dialect).stop();
+        writeSequence(dialect).stop();
     }
 }
 
@@ -97,7 +95,7 @@ QWidget *MainWindow::fieldOf(const Parameter &parameter) const
     return std::visit([this](auto field) -> QWidget * { return ui->*field; }, parameter.field);
 }
 
-void MainWindow::mark(const Parameter &parameter, const char *styleSheet)
+void MainWindow::setMark(const Parameter &parameter, const char *styleSheet)
 {
     fieldOf(parameter)->setStyleSheet(styleSheet);
 }
@@ -130,7 +128,7 @@ void MainWindow::styleclear()
 {
     for (const Parameter &parameter : parameters()) {
         if (!parameter.has(KeepsMarkAtStyleclear))
-            mark(parameter, mark::none);
+            setMark(parameter, mark::none);
     }
 }
 
@@ -138,7 +136,7 @@ void MainWindow::clearMarksOfFixedKinds()
 {
     for (const Parameter &parameter : parameters()) {
         if (!parameter.isUniversalOnly())
-            mark(parameter, mark::none);
+            setMark(parameter, mark::none);
     }
 }
 

@@ -51,6 +51,8 @@ private slots:
     void on_action_triggered();
 
 private:
+    // mainwindow.cpp
+    void createTimer(QTimer *&timer, const char *tickSlot);
     /// A timed dialogue: its timer ticks once a second, its counter holds the next step.
     struct Sequence {
         static constexpr int tickMs = 1000;
@@ -61,37 +63,34 @@ private:
         void start() const;
         void stop() const; ///< and zeroes the counter
     };
-    Sequence readSequence(ModuleKind kind);
-    Sequence writeSequence(ModuleKind kind);
-    void createTimer(QTimer *&timer, int &step, const char *tickSlot);
+    Sequence readSequence(Dialect dialect);
+    Sequence writeSequence(Dialect dialect);
     void stopAllSequences();
-
-    // mainwindow.cpp
     std::optional<ModuleKind> selectedKind() const;
     QString nameOf(ModuleKind kind) const;
     QWidget *fieldOf(const Parameter &parameter) const;
-    void mark(const Parameter &parameter, const char *styleSheet);
+    void setMark(const Parameter &parameter, const char *styleSheet);
     void clearMarksOfFixedKinds();
 
     // mainwindow_link.cpp
-    bool isPortHungUp() const;
     void setLinkControls(bool open);
+    bool isPortHungUp() const;
     void reportNoConnection(ModuleKind kind, const Sequence &sequence);
 
     // mainwindow_read.cpp
     void startRead(ModuleKind kind);
     void resetFields(ModuleKind kind);
-    void readStep(ModuleKind kind);
     void readStepOnOpenPort(ModuleKind kind);
+    void readStep(ModuleKind kind);
     void endRead(ModuleKind kind);
 
     // mainwindow_reply.cpp
+    void reportEmptyDelivery();
     void takeReply(ModuleKind kind);
     void showReply(const Parameter &parameter, Dialect dialect);
     void showOffReply(const Parameter &parameter, const QString &value);
     void takeAcknowledgement(ModuleKind kind);
-    void reportEmptyDelivery();
-    void readArrivedData();
+    void reportRefusal(const Parameter &parameter);
 
     // mainwindow_write.cpp
     void startWrite(ModuleKind kind);

@@ -1,5 +1,6 @@
 #include "mainwindow.h"
 
+#include "module_protocol.h"
 #include "setting_module.h"
 #include "texts.h"
 #include "ui_mainwindow.h"
@@ -44,8 +45,6 @@ const std::variant<TextField, IndexField> fields[] = {
     TextField{&Ui::lineEdit_rtu_virtual_id, &Store::rtuVirtualId, "1"},
 };
 
-constexpr char off[] = "off";
-
 QString textOr(const QLineEdit *field, const char *saveDefault)
 {
     return field->text().isEmpty() ? QString(saveDefault) : field->text();
@@ -62,21 +61,19 @@ void fillStore(Store *store, const Ui *ui, const IndexField &row)
     store->*row.member = index == 0 ? row.saveDefault : index;
 }
 
-void fillForm(Ui *ui, const Store &store, const TextField &row, bool /*traced*/)
+void fillForm(Ui *ui, const Store &store, const TextField &row)
 {
     (ui->*row.field)->setText(store.*row.member);
 }
 
-void fillForm(Ui *ui, const Store &store, const IndexField &row, bool traced)
+void fillForm(Ui *ui, const Store &store, const IndexField &row)
 {
     (ui->*row.field)->setCurrentIndex(store.*row.member);
-    if (traced && row.traceLabel)
-        qDebug() << store.*row.member << row.traceLabel;
 }
 
 void fillSlaveId(Ui *ui, const QString &slaveId)
 {
-    const bool isOff = slaveId == off;
+    const bool isOff = slaveId == protocol::off;
     ui->lineEdit_tcp_id->setText(isOff ? QString() : slaveId);
     ui->lineEdit_tcp_id->setEnabled(!isOff);
     ui->lineEdit_tcp_id->setStyleSheet(isOff ? mark::lilacFromFile : mark::none);
@@ -96,7 +93,8 @@ void MainWindow::OnSaveSetting_File()
     store->moduleName = ui->conbox0->currentText();
     for (const auto &field : fields)
         std::visit([&](const auto &row) { fillStore(store, ui, row); }, field);
-    store->tcpSlaveId = ui->checkBox->isChecked() ? QString(off) : textOr(ui->lineEdit_tcp_id, off);
+    store->tcpSlaveId = ui->checkBox->isChecked() ? QString(protocol::off)
+                                                  : textOr(ui->lineEdit_tcp_id, protocol::off);
     store->SaveNTSetting();
     store->deleteLater();
 }
@@ -128,8 +126,10 @@ void MainWindow::loadSettingsFile(Traces traces)
     ui->conbox0->setCurrentText(store->moduleName);
     qDebug() << store->moduleName << "modul_name";
     for (const auto &field : fields) {
-        std::visit([&](const auto &row) { fillForm(ui, *store, row, traces == Traces::All); },
-                   field);
+        std::visit([&](const auto &row) { fillForm(ui, *store, row); }, field);
+        const auto *index = std::get_if<IndexField>(&field);
+        if (traces == Traces::All && index && index->traceLabel)
+            qDebug() << store->*index->member << index->traceLabel;
     }
     fillSlaveId(ui, store->tcpSlaveId);
     ui->lineEdit_version->setStyleSheet(mark::lilac);

@@ -67,8 +67,8 @@ void MainWindow::closeport()
     serial.close();
     setLinkControls(false);
     ui->statusbar->showMessage(text::disconnected);
-    readSequence(ModuleKind::RtuTcp).stop();
-    writeSequence(ModuleKind::RtuTcp).stop();
+    readSequence(Dialect::Fixed).stop();
+    writeSequence(Dialect::Fixed).stop();
 }
 
 void MainWindow::setLinkControls(bool open)
@@ -77,8 +77,7 @@ void MainWindow::setLinkControls(bool open)
          {ui->scan_parameters, ui->applyButton, ui->Reset, ui->reset_allparameters})
         control->setEnabled(open);
     for (QWidget *control :
-         {static_cast<QWidget *>(ui->conbox0), static_cast<QWidget *>(ui->serialPortInfoListBox),
-          static_cast<QWidget *>(ui->scanport)})
+         std::initializer_list<QWidget *>{ui->conbox0, ui->serialPortInfoListBox, ui->scanport})
         control->setEnabled(!open);
 }
 
@@ -115,8 +114,7 @@ bool MainWindow::isPortHungUp() const
 void MainWindow::reportNoConnection(ModuleKind kind, const Sequence &sequence)
 {
     // This runs in the timer's own slot, where a timer is mute until it is started anew.
-    if (sequence.timer->isActive())
-        sequence.timer->start();
+    sequence.timer->start();
     QMessageBox::critical(this, tr(text::connectionError),
                           QString(text::noConnection).arg(nameOf(kind)));
     sequence.stop();

@@ -30,8 +30,8 @@ void MainWindow::on_scan_parameters_clicked()
         ui->scan_parameters->setText(text::stopScan);
         ui->applyButton->setText(text::apply);
         // Both, whatever the kind: a file loaded under a write may have changed the kind.
-        writeSequence(ModuleKind::RtuTcp).stop();
-        writeSequence(ModuleKind::Universal).stop();
+        writeSequence(Dialect::Fixed).stop();
+        writeSequence(Dialect::Universal).stop();
         if (const std::optional<ModuleKind> kind = selectedKind())
             startRead(*kind);
     } else if (label == text::stopScan) {
@@ -42,7 +42,7 @@ void MainWindow::on_scan_parameters_clicked()
 
 void MainWindow::startRead(ModuleKind kind)
 {
-    const Sequence sequence = readSequence(kind);
+    const Sequence sequence = readSequence(dialectOf(kind));
     if (sequence.timer->isActive()) {
         sequence.stop();
         return;
@@ -59,7 +59,7 @@ void MainWindow::resetFields(ModuleKind kind)
             continue;
         std::visit([this](auto field) { empty(ui->*field); }, parameter.field);
         if (!parameter.has(KeepsMarkAtScanStart))
-            mark(parameter, mark::none);
+            setMark(parameter, mark::none);
     }
 }
 
@@ -100,7 +100,7 @@ void MainWindow::readStepOnOpenPort(ModuleKind kind)
 void MainWindow::readStep(ModuleKind kind)
 {
     const QVector<const Parameter *> queried = readList(kind);
-    const Sequence sequence = readSequence(kind);
+    const Sequence sequence = readSequence(dialectOf(kind));
     const int step = sequence.step++;
 
     if (step > queried.size())
@@ -122,7 +122,7 @@ void MainWindow::readStep(ModuleKind kind)
 
 void MainWindow::endRead(ModuleKind kind)
 {
-    readSequence(kind).stop();
+    readSequence(dialectOf(kind)).stop();
     ui->scan_parameters->setText(text::scan);
     if (kind != ModuleKind::Universal) {
         clearMarksOfFixedKinds();
@@ -131,6 +131,6 @@ void MainWindow::endRead(ModuleKind kind)
     for (const Parameter &parameter : parameters()) {
         const bool displayOnly = !parameter.writeCommand;
         const bool off = parameter.offSwitch && (ui->*parameter.offSwitch)->isChecked();
-        mark(parameter, displayOnly || off ? mark::lilac : mark::none);
+        setMark(parameter, displayOnly || off ? mark::lilac : mark::none);
     }
 }

@@ -29,19 +29,14 @@ bool take(QComboBox *field, const Codes &codes, const QString &value)
 
 } // namespace
 
-void MainWindow::readArrivedData()
-{
-    // The port may have been closed since the data arrived.
-    if (serial.bytesAvailable() > 0)
-        readData();
-}
-
+/// Takes one delivery. What opens a box is left to the event loop: the port is silent while a slot
+/// of its readyRead runs, so deliveries behind the box would pile up and be taken for one.
 void MainWindow::readData()
 {
     replyText = protocol::replyText(serial.readAll());
     qDebug() << "data 2:" + replyText;
     if (replyText.isEmpty()) {
-        reportEmptyDelivery();
+        QMetaObject::invokeMethod(this, &MainWindow::reportEmptyDelivery, Qt::QueuedConnection);
         return;
     }
     qDebug() << "data 2:" + replyText;
@@ -69,7 +64,7 @@ void MainWindow::reportEmptyDelivery()
 void MainWindow::takeReply(ModuleKind kind)
 {
     const QVector<const Parameter *> queried = readList(kind);
-    const int queryStep = readSequence(kind).step - 1;
+    const int queryStep = readSequence(dialectOf(kind)).step - 1;
     if (queryStep >= 0 && queryStep < queried.size())
         showReply(*queried[queryStep], dialectOf(kind));
 }
@@ -84,13 +79,13 @@ void MainWindow::showReply(const Parameter &parameter, Dialect dialect)
     const bool taken =
         std::visit([&](auto field) { return take(ui->*field, parameter.codes(dialect), value); },
                    parameter.field);
-    mark(parameter, taken ? mark::green : mark::red);
+    setMark(parameter, taken ? mark::green : mark::red);
 }
 
 /// Shows the value of a parameter that can be switched off. No value means off rather than unknown.
 void MainWindow::showOffReply(const Parameter &parameter, const QString &value)
 {
-    mark(parameter, value.isEmpty() ? mark::lilac : mark::green);
+    setMark(parameter, value.isEmpty() ? mark::lilac : mark::green);
     if (value.isEmpty())
         return;
     const bool off = value == QLatin1String(protocol::off);
@@ -105,7 +100,7 @@ void MainWindow::showOffReply(const Parameter &parameter, const QString &value)
 void MainWindow::takeAcknowledgement(ModuleKind kind)
 {
     const QVector<const Parameter *> written = writeList(kind);
-    const Sequence sequence = writeSequence(kind);
+    const Sequence sequence = writeSequence(dialectOf(kind));
     const int command = (sequence.step - 1) / 2;
     if (sequence.step < 1 || command >= written.size())
         return;
@@ -113,20 +108,26 @@ void MainWindow::takeAcknowledgement(ModuleKind kind)
     const Parameter &parameter = *written[command];
     switch (protocol::judge(parameter, dialectOf(kind), replyText)) {
     case protocol::Judgement::Acknowledged:
-        mark(parameter, mark::green);
-        if (command < 2)
+        setMark(parameter, mark::green);
+        if (command < checkedCommands)
             writeAcknowledged = true;
         break;
     case protocol::Judgement::Refused:
-        mark(parameter, mark::red);
+        setMark(parameter, mark::red);
         sequence.stop();
-        QMessageBox::critical(this, tr(text::error),
-                              parameter.has(TightWriteError) ? text::writeErrorTight
-                                                             : text::writeError);
-        styleclear();
-        ui->applyButton->setText(text::apply);
+        QMetaObject::invokeMethod(
+            this, [this, &parameter] { reportRefusal(parameter); }, Qt::QueuedConnection);
         break;
     case protocol::Judgement::Meaningless:
         break;
     }
+}
+
+void MainWindow::reportRefusal(const Parameter &parameter)
+{
+    QMessageBox::critical(this, tr(text::error),
+                          parameter.has(TightWriteError) ? text::writeErrorTight
+                                                         : text::writeError);
+    styleclear();
+    ui->applyButton->setText(text::apply);
 }

@@ -6,12 +6,11 @@
 
 #include <QDebug>
 #include <QMessageBox>
-#include <QTimer>
 
 namespace {
 
-/// The idle step at which a write sequence looks for an acknowledgement of its first two commands.
-constexpr int acknowledgementCheck = 3;
+/// The idle step of the last command that the check for a silent module looks at.
+constexpr int acknowledgementCheck = 2 * checkedCommands - 1;
 
 QByteArray valueIn(const QLineEdit *field, const Codes & /*codes*/)
 {
@@ -49,20 +48,20 @@ void MainWindow::on_applyButton_clicked()
             startWrite(*kind);
     } else if (label == text::stopApply) {
         ui->applyButton->setText(text::apply);
-        readSequence(ModuleKind::RtuTcp).stop();
-        writeSequence(ModuleKind::RtuTcp).stop();
-        writeSequence(ModuleKind::Universal).stop();
+        readSequence(Dialect::Fixed).stop();
+        writeSequence(Dialect::Fixed).stop();
+        writeSequence(Dialect::Universal).stop();
         styleclear();
     }
 }
 
 void MainWindow::startWrite(ModuleKind kind)
 {
-    const Sequence sequence = writeSequence(kind);
+    const Sequence sequence = writeSequence(dialectOf(kind));
     sequence.step = 0;
     sequence.start();
     if (kind != ModuleKind::Universal) {
-        readSequence(kind).stop();
+        readSequence(Dialect::Fixed).stop();
         clearMarksOfFixedKinds();
     }
 }
@@ -88,9 +87,9 @@ void MainWindow::change_pa_modbus_RTU_TCP()
 
 void MainWindow::change_mode_TCP()
 {
-    readSequence(ModuleKind::RtuTcp).stop();
-    writeSequence(ModuleKind::RtuTcp).stop();
-    readSequence(ModuleKind::Universal).stop();
+    readSequence(Dialect::Fixed).stop();
+    writeSequence(Dialect::Fixed).stop();
+    readSequence(Dialect::Universal).stop();
     writeStep(ModuleKind::Universal);
 }
 
@@ -99,7 +98,7 @@ void MainWindow::change_mode_TCP()
 void MainWindow::writeStep(ModuleKind kind)
 {
     const QVector<const Parameter *> written = writeList(kind);
-    const Sequence sequence = writeSequence(kind);
+    const Sequence sequence = writeSequence(dialectOf(kind));
     const int step = sequence.step++;
     const int lastStep = 2 * written.size();
 
@@ -139,14 +138,15 @@ void MainWindow::checkAcknowledgement(ModuleKind kind)
 {
     if (writeAcknowledged)
         return;
-    reportNoConnection(kind, writeSequence(kind));
+    reportNoConnection(kind, writeSequence(dialectOf(kind)));
     ui->applyButton->setText(text::apply);
 }
 
 void MainWindow::endWrite(ModuleKind kind)
 {
-    serial.write(protocol::restartAfterWrite(dialectOf(kind)));
-    writeSequence(kind).stop();
+    const Dialect dialect = dialectOf(kind);
+    serial.write(protocol::restartAfterWrite(dialect));
+    writeSequence(dialect).stop();
     restartExpected = true;
     ui->applyButton->setText(text::apply);
     QMessageBox::information(this, tr(text::writeResult),

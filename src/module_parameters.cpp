@@ -2,8 +2,6 @@
 
 #include "ui_mainwindow.h"
 
-#include <algorithm>
-
 namespace {
 
 QVector<Parameter> makeTable()
@@ -90,10 +88,10 @@ QVector<const Parameter *> readList(ModuleKind kind)
 
 QVector<const Parameter *> writeList(ModuleKind kind)
 {
-    QVector<const Parameter *> list = readList(kind);
-    const auto displayOnly = [](const Parameter *parameter) {
-        return parameter->writeCommand == nullptr;
-    };
-    list.erase(std::remove_if(list.begin(), list.end(), displayOnly), list.end());
+    QVector<const Parameter *> list;
+    for (const Parameter *parameter : readList(kind)) {
+        if (parameter->writeCommand)
+            list.push_back(parameter);
+    }
     return list;
 }

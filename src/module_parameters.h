@@ -53,7 +53,8 @@ enum Trait : unsigned {
     Traced = TracedInFixedDialect | TracedInUniversalDialect,
 };
 
-/// Everything that the program knows about one module parameter.
+/// One module parameter: how it is shown, read and written. How it is saved is up to the settings
+/// files (setting_module.cpp, mainwindow_files.cpp).
 struct Parameter {
     ModuleKinds kinds; ///< the kinds that have it; other kinds neither show, read nor write it
     const char
@@ -63,9 +64,9 @@ struct Parameter {
     QLabel *Ui_MainWindow::*label;
     std::variant<QLineEdit * Ui_MainWindow::*, QComboBox * Ui_MainWindow::*> field;
     unsigned traits = NoTraits;
-    Codes fixedCodes = {}; ///< of a combo box, in the fixed dialect
-    Codes universalCodes = fixedCodes;
-    const char *traceLabel = nullptr; ///< stands before the write command in the debug log
+    Codes fixedCodes = {};             ///< of a combo box
+    Codes universalCodes = fixedCodes; ///< where the universal dialect has its own
+    const char *traceLabel = nullptr;  ///< stands before the write command in the debug log
     QCheckBox *Ui_MainWindow::*offSwitch = nullptr; ///< checked for the value "off"
 
     bool belongsTo(ModuleKind kind) const { return (kinds & setOf(kind)) != 0; }
@@ -82,6 +83,9 @@ const QVector<Parameter> &parameters();
 
 /// The parameters that a read of this kind queries, in order.
 QVector<const Parameter *> readList(ModuleKind kind);
+
+/// The first write commands of a kind, one of which has to be acknowledged or the write ends.
+constexpr int checkedCommands = 2;
 
 /// The parameters that a write of this kind sends, in order.
 QVector<const Parameter *> writeList(ModuleKind kind);

@@ -13,7 +13,7 @@ namespace protocol {
 constexpr char restart[] = "RESET"; ///< understood by every kind
 constexpr char loadFactorySettings[] = "LOAD SETTING:DEFAULT";
 
-/// The value of a parameter that is switched off, in both directions.
+/// The value of a parameter that is switched off, on the line and in settings files.
 constexpr char off[] = "off";
 
 /// The restart command that ends a write: "RESET", or "reset" for the universal module.

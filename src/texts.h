@@ -1,7 +1,9 @@
 #pragma once
 
 /// Texts that the code sets or compares. Several carry state and mix alphabets (the first letter of
-/// "Cоединиться" is Latin), so each stands here once and is never typed again.
+/// "Cоединиться" is Latin), so the code has each from here and never types it again. The form
+/// starts with connectPort and scan of its own, in mainwindow.ui: if they differed, their buttons
+/// would be dead.
 namespace text {
 
 // Button labels that say what the next click does.

@@ -48,6 +48,24 @@ private slots:
         }
     }
 
+    void repliesComeBeforeTheTickThatIsDueWithThem_data() { addKindRows(); }
+    void repliesComeBeforeTheTickThatIsDueWithThem()
+    {
+        QFETCH(Kind, kind);
+        WindowDriver driver(kind);
+        driver.prepare();
+        driver.start("scan_parameters");
+        QVERIFY(driver.tickCommand());
+        for (const ParameterCase &parameter : parametersOf(kind)) {
+            QTRY_COMPARE(driver.commands.last(), parameter.query);
+            const QByteArray reply = simulator::queryReply(parameter.query, parameter.onLine);
+            QVERIFY(driver.deliverWithTick(reply));
+            QCOMPARE(driver.text(parameter.widget), parameter.inForm);
+        }
+        QVERIFY(driver.state().startsWith(state::connected)); // the last tick was the end
+        QCOMPARE(driver.boxes, QStringList());
+    }
+
     void readsByTheRealClock()
     {
         WindowDriver driver(Kind::TcpRtu);

@@ -2,9 +2,13 @@
 
 #include <QApplication>
 #include <QComboBox>
+#include <QDir>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QStatusBar>
+#include <QThread>
+
+#include <poll.h>
 
 QString nameOf(Kind kind)
 {
@@ -73,6 +77,7 @@ QByteArray acknowledgementOf(Kind kind)
 }
 
 static WindowDriver *driver = nullptr;
+static constexpr int anHour = 3600 * 1000;
 
 static void keepDebugLine(QtMsgType type, const QMessageLogContext &, const QString &line)
 {
@@ -174,7 +179,7 @@ void WindowDriver::start(const QString &button)
 {
     click(button);
     QVERIFY(activeTimer());
-    activeTimer()->setInterval(3600 * 1000);
+    activeTimer()->setInterval(anHour);
 }
 
 void WindowDriver::tick()
@@ -198,6 +203,31 @@ bool WindowDriver::deliver(const QByteArray &bytes)
     const int before = deliveriesTraced();
     module.send(bytes);
     return QTest::qWaitFor([&] { return deliveriesTraced() > before; });
+}
+
+bool WindowDriver::deliverWithTick(const QByteArray &bytes)
+{
+    QTimer *timer = activeTimer();
+    const int before = deliveriesTraced();
+    timer->setInterval(1);
+    module.send(bytes);
+    waitForArrival();
+    QThread::msleep(10);
+    QCoreApplication::processEvents();
+    if (timer->isActive())
+        timer->setInterval(anHour);
+    return QTest::qWaitFor([&] { return deliveriesTraced() > before; });
+}
+
+/// Until what the module has sent can be read from the line, without an event loop.
+void WindowDriver::waitForArrival()
+{
+    const QString pty = QFileInfo(module.portPath()).symLinkTarget();
+    for (const QFileInfo &file : QDir("/proc/self/fd").entryInfoList(QDir::System)) {
+        pollfd line{file.fileName().toInt(), POLLIN, 0};
+        if (file.symLinkTarget() == pty && poll(&line, 1, 5000) != 1)
+            qFatal("nothing arrives");
+    }
 }
 
 bool WindowDriver::writeRows(int count)

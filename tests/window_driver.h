@@ -94,7 +94,9 @@ public:
     void tick();
     bool tickCommand(); ///< a tick that sends; true when the module has the command
     bool deliver(const QByteArray &bytes); ///< to the window; true when it has handled them
-    bool writeRows(int count);             ///< of a write that was started, each acknowledged
+    /// The same, while the window's thread is held up until the next tick is due as well.
+    bool deliverWithTick(const QByteArray &bytes);
+    bool writeRows(int count); ///< of a write that was started, each acknowledged
 
     /// What the user does with a box, else agrees to it, and with a file dialog.
     std::function<void(QMessageBox *)> handleBox;
@@ -111,4 +113,5 @@ public:
 
 private:
     void lookForDialogs();
+    void waitForArrival();
 };
