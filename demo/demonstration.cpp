@@ -1,263 +1,309 @@
-#include "demonstration.h"
+// A user who reads a simulated module, writes new values into it and reads it again, saves the new
+// values to a file and loads them from there, and in the end says how all this went.
 
+#include "simulator_options.h"
+#include "termination.h"
 #include "texts.h"
+#include "user.h"
 
-#include <QFileDialog>
+#include <QApplication>
+#include <QComboBox>
+#include <QCommandLineParser>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QLoggingCategory>
 #include <QMap>
-#include <QMessageBox>
-#include <QPushButton>
 #include <QSettings>
+#include <QSocketNotifier>
+#include <QTemporaryDir>
+
+#include <cstdio>
+#include <stdexcept>
 
 namespace {
 
-constexpr int writeLimitSeconds = 60;
-
-/// What is written, by query. Each differs from what a module has at first, and the time-out needs
-/// more characters than a reply has for it.
-const QMap<QByteArray, QString> newValues{
-    {"MODE TCP", "Клиент TCP"},       {"ip", "10.20.30.40"}, {"MASK", "255.255.0.0"},
-    {"GATEWAY", "10.20.30.1"},        {"PORT TCP", "10502"}, {"parity", "контроль четности"},
-    {"SPEED RS485", "57600"},         {"STOP BIT", "2"},     {"timeout response", "60000"},
-    {"IP SERVER TCP", "10.20.30.50"}, {"TIMEOUT TCP", "60"}, {"rtu virtual id", "247"},
-    {"tcp slave id", "off"},
+struct Field {
+    const char *name;
+    const char *label;
+    QString written;    ///< other than what a module has at first; empty if it is display only
+    QString after = {}; ///< what is read then, if not that
 };
 
-QString wordFor(const QString &styleSheet)
+/// In the order in which the module is asked.
+const Field allFields[] = {
+    {"comboBox_mode", "label_modeTcp", "Клиент TCP"},
+    {"lineEdit_version", "label_version", {}},
+    {"lineEdit_MAC", "label_24", {}},
+    {"lineEdit_ip", "label_21", "10.20.30.40"},
+    {"lineEdit_mask", "label_22", "255.255.0.0"},
+    {"lineEdit_gateway", "label_23", "10.20.30.1"},
+    {"lineEdit_portTCP", "label_", "10502"},
+    {"comboBox", "label_28", "контроль четности"},
+    {"comboBox_speed", "label_speed", "57600"},
+    {"comboBox_2", "label_27", "2"},
+    {"lineEdit_timewait", "label_timewait", "60000", "6000"}, // a reply has room for four digits
+    {"lineEdit_ipservertcp", "label_ipserver", "10.20.30.50"},
+    {"lineEdit_timeout", "label_timeout", "60"},
+    {"lineEdit_rtu_virtual_id", "label_id_rtu", "247"},
+    {"lineEdit_tcp_id", "label_idtcp", "33"},
+};
+
+using Values = QMap<QString, QString>; ///< by field
+
+void print(const QString &line)
 {
-    if (styleSheet == mark::green)
-        return "green";
-    return styleSheet == mark::red ? "red" : "none";
+    // The texts of the form are no less readable in a locale that has no Cyrillic letters.
+    std::fputs((line + '\n').toUtf8().constData(), stdout);
+    std::fflush(stdout);
 }
 
 void printRow(const QStringList &cells)
 {
-    const QVector<int> widths{29, 19, 6, 18, 18};
+    const int widths[] = {29, 19, 6, 18, 18, 0};
     QString line;
     for (int i = 0; i < cells.size(); ++i)
-        line += cells.at(i).leftJustified(widths.value(i));
+        line += cells.at(i).leftJustified(widths[i]);
     print(line);
 }
 
-} // namespace
+class Demonstrator : public User {
+public:
+    Demonstrator(const simulator::Options &options, const QString &modulePort, int tick);
 
-Demonstration::Demonstration(Form *windowForm, const QDir &screenshotFolder)
-    : form(windowForm)
-    , screenshots(screenshotFolder)
-    , settingsFile(folder.filePath("demonstration.TRset"))
-    , kind(moduleKindAt(form->find(&Names::conbox0)->currentIndex()).value())
+    /// Whether all went right. Throws what went so wrong that nothing can follow.
+    bool demonstrate(const QDir &pictureFolder);
+
+private:
+    void say(const QString &what) const;
+    void take(const QString &picture);
+    void connect();
+    Values run(const QString &button, const QString &labelInTheEnd, const QString &picture);
+    Values values();
+    void enter(const Values &entered);
+    bool reportValues(const Values &before, const Values &marks, const Values &after);
+    bool reportFile(const Values &saved, const Values &loaded) const;
+
+    const QString port;
+    const int tickMs;
+    QVector<Field> fields; ///< that this kind of module has
+    QDir pictures;
+    QTemporaryDir folder;
+    QString expectedBox;
+    QElapsedTimer clock;
+};
+
+Demonstrator::Demonstrator(const simulator::Options &options, const QString &modulePort, int tick)
+    : port(modulePort)
+    , tickMs(tick)
 {
-    // File dialogs note what was chosen in them; the user's own notes are no business of this.
-    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder.path());
-
-    for (const Parameter *parameter : readList(kind))
-        rows.append(Row{parameter});
-    connect(&playback, &Playback::ended, this, &Demonstration::conclude);
-    planRead();
-    planWrite();
-    planSecondRead();
-    planFiles();
+    auto *kinds = find<QComboBox>("conbox0");
+    kinds->setCurrentIndex(static_cast<int>(options.kind));
+    expectedBox = QString("%1: %2").arg(
+        text::writeResult, QString(text::writeSucceeded).arg(kinds->currentText().trimmed()));
+    onBox = [this](QMessageBox * /*box*/) {
+        if (boxes.last() != expectedBox)
+            giveUpWaiting("unexpected message box \"" + boxes.last() + '"');
+    };
+    window.show();
 }
 
-void Demonstration::addConnect()
+bool Demonstrator::demonstrate(const QDir &pictureFolder)
 {
-    playback.add({"connecting to " + form->find(&Names::serialPortInfoListBox)->currentText(),
-                  [this] { click(&Names::connect); },
-                  [this] { return reads(&Names::connect, text::disconnectPort); }});
-}
-
-void Demonstration::planRead()
-{
-    addConnect();
-    playback.add({QString("reading %1 parameters, one a second").arg(rows.size()),
-                  [this] {
-                      form->forgetMarks();
-                      click(&Names::scan_parameters);
-                  },
-                  [this] { return 2 * form->markedFields() >= rows.size(); }});
-    playback.add({"half of them read", [this] { takeScreenshot("read-half.png"); },
-                  [this] { return reads(&Names::scan_parameters, text::scan); }});
-}
-
-void Demonstration::planWrite()
-{
-    const int count = writeList(kind).size();
-    const QString kindName = form->find(&Names::conbox0)->currentText().trimmed();
-    playback.add({QString("writing %1 parameters, one every two seconds").arg(count),
-                  [this] {
-                      takeScreenshot("read-end.png");
-                      readForm(&Row::before);
-                      readMarks(&Row::mark);
-                      enterNewValues();
-                      form->forgetMarks();
-                      click(&Names::applyButton);
-                  },
-                  [this, count] { return 2 * form->markedFields() >= count; }, writeLimitSeconds});
-    playback.add({"half of them written",
-                  [this] { takeScreenshot("write-half.png"); },
-                  [] { return openBox() != nullptr; },
-                  writeLimitSeconds,
-                  {text::writeResult, QString(text::writeSucceeded).arg(kindName)}});
-    const QString port = form->find(&Names::serialPortInfoListBox)->currentText();
-    playback.add({"success; the module restarts",
-                  [] { openBox()->button(QMessageBox::Ok)->click(); },
-                  [this, port] {
-                      return reads(&Names::connect, text::connectPort)
-                          && form->find(&Names::statusbar)->currentMessage() == text::disconnected
-                          && QFileInfo::exists(port);
-                  }});
-}
-
-void Demonstration::planSecondRead()
-{
-    addConnect();
-    playback.add({"reading everything again",
-                  [this] {
-                      form->forgetMarks();
-                      click(&Names::scan_parameters);
-                  },
-                  [this] { return reads(&Names::scan_parameters, text::scan); }});
-    playback.add({"disconnecting",
-                  [this] {
-                      readForm(&Row::after);
-                      readMarks(&Row::markAfter);
-                      click(&Names::connect);
-                  },
-                  [this] { return reads(&Names::connect, text::connectPort); }});
-}
-
-void Demonstration::planFiles()
-{
-    const auto dialogIsOpen = [] { return openFileDialog() != nullptr; };
-    playback.add({"saving the form, with the new values, to a file",
-                  [this] {
-                      enterNewValues();
-                      form->find(&Names::action_save)->trigger();
-                  },
-                  dialogIsOpen});
-    playback.add(
-        {{},
-         [this] { chooseFile(); },
-         [this, dialogIsOpen] { return !dialogIsOpen() && QFileInfo::exists(settingsFile); }});
-    playback.add({"emptying the form and loading the file",
-                  [this] {
-                      emptyForm();
-                      form->find(&Names::action_open_2)->trigger();
-                  },
-                  dialogIsOpen});
-    playback.add({{}, [this] { chooseFile(); }, [dialogIsOpen] { return !dialogIsOpen(); }});
-}
-
-void Demonstration::click(QPushButton *Names::*button) const
-{
-    form->find(button)->click();
-}
-
-bool Demonstration::reads(QPushButton *Names::*button, const char *label) const
-{
-    return form->find(button)->text() == label;
-}
-
-void Demonstration::readForm(Column values)
-{
-    for (Row &row : rows)
-        row.*values = form->value(*row.parameter);
-}
-
-void Demonstration::readMarks(Column values)
-{
-    for (Row &row : rows)
-        row.*values = form->lastMark(*row.parameter);
-}
-
-void Demonstration::enterNewValues()
-{
-    for (Row &row : rows) {
-        if (!row.parameter->writeCommand)
-            continue;
-        row.written = newValues.value(row.parameter->query, row.before);
-        form->enter(*row.parameter, row.written);
+    pictures = pictureFolder;
+    clock.start();
+    choosePort(port);
+    connect();
+    for (const Field &field : allFields) {
+        if (isVisible(field.name))
+            fields.append(field);
     }
-}
 
-void Demonstration::emptyForm()
-{
-    for (const Row &row : rows) {
-        if (row.parameter->writeCommand)
-            form->enter(*row.parameter, {});
+    say(QString("reading %1 parameters, one a second").arg(fields.size()));
+    const Values marks = run("scan_parameters", text::scan, "read-half");
+    take("read-end");
+    const Values before = values();
+    Values written = before;
+    for (const Field &field : fields) {
+        if (!field.written.isEmpty())
+            written[field.name] = field.written;
     }
-    QComboBox *kinds = form->find(&Names::conbox0);
+
+    say("writing new values, one every two seconds");
+    enter(written);
+    run("applyButton", text::apply, "write-half");
+    say("success; the module restarts");
+    waitFor("restart of the module",
+            [this] { return text("statusbar") == text::disconnected && QFile::exists(port); });
+
+    connect();
+    say("reading everything again");
+    run("scan_parameters", text::scan, "read-again");
+    const Values after = values();
+    say("disconnecting");
+    click("connect");
+
+    say("saving the form, with the new values, to a file");
+    enter(written);
+    const Values saved = values();
+    trigger("action_save", folder.filePath("demonstration.TRset"));
+    say("emptying the form and loading the file");
+    for (const Field &field : fields) {
+        if (!field.written.isEmpty())
+            User::enter(field.name, QString());
+    }
+    auto *kinds = find<QComboBox>("conbox0");
     kinds->setCurrentIndex((kinds->currentIndex() + 1) % kinds->count());
+    trigger("action_open_2", folder.filePath("demonstration.TRset"));
+
+    const bool valuesAreRight = reportValues(before, marks, after);
+    const bool fileIsRight = reportFile(saved, values());
+    return valuesAreRight && fileIsRight;
 }
 
-void Demonstration::chooseFile() const
+void Demonstrator::say(const QString &what) const
 {
-    QFileDialog *dialog = openFileDialog();
-    dialog->findChild<QLineEdit *>("fileNameEdit")->setText(settingsFile);
-    QMetaObject::invokeMethod(dialog, "accept");
+    print(
+        QString("%1 s  %2").arg(static_cast<double>(clock.elapsed()) / 1000, 5, 'f', 1).arg(what));
 }
 
-void Demonstration::takeScreenshot(const QString &fileName)
+void Demonstrator::take(const QString &picture)
 {
-    const QString path = screenshots.filePath(fileName);
-    if (!form->picture().save(path))
-        playback.fail("cannot write " + path);
+    const QString path = pictures.filePath(picture + ".png");
+    if (!window.grab().save(path))
+        throw std::runtime_error("cannot write " + path.toStdString());
 }
 
-void Demonstration::conclude(bool playedToEnd)
+void Demonstrator::connect()
 {
-    if (!playedToEnd) {
-        emit ended(false);
-        return;
-    }
-    const bool valuesRight = printValues();
-    const bool filesRight = printFiles();
-    emit ended(valuesRight && filesRight);
+    say("connecting to " + port);
+    click("connect");
+    waitFor("connection", [this] { return text("connect") == text::disconnectPort; });
 }
 
-bool Demonstration::printValues() const
+/// Has a sequence run to its end. The last mark, by which a field was green or red meanwhile.
+Values Demonstrator::run(const QString &button, const QString &labelInTheEnd,
+                         const QString &picture)
+{
+    Values marks;
+    bool taken = false;
+    click(button);
+    setTick(tickMs);
+    const auto ended = [&] {
+        for (const Field &field : fields) {
+            if (mark(field.name) == mark::green || mark(field.name) == mark::red)
+                marks[field.name] = mark(field.name);
+        }
+        if (!taken && 2 * marks.size() >= fields.size()) {
+            take(picture);
+            taken = true;
+        }
+        return text(button) == labelInTheEnd;
+    };
+    waitFor("end", ended, 60000);
+    return marks;
+}
+
+Values Demonstrator::values()
+{
+    Values values{{"conbox0", text("conbox0")}};
+    for (const Field &field : fields)
+        values[field.name] = text(field.name);
+    return values;
+}
+
+void Demonstrator::enter(const Values &entered)
+{
+    for (const Field &field : fields)
+        User::enter(field.name, entered[field.name]);
+}
+
+bool Demonstrator::reportValues(const Values &before, const Values &marks, const Values &after)
 {
     bool allRight = true;
     print({});
     printRow({"Parameter", "before", "mark", "written", "after", "finding"});
-    for (const Row &row : rows) {
-        const Finding finding = compare(row);
-        printRow({form->label(*row.parameter), row.before, wordFor(row.mark), row.written,
-                  row.after, finding.text});
-        allRight = allRight && finding.isFine;
+    for (const Field &field : fields) {
+        const bool read = marks[field.name] == mark::green;
+        const QString written = field.written.isEmpty() ? before[field.name] : field.written;
+        const QString expected = field.after.isEmpty() ? written : field.after;
+        const bool right = read && after[field.name] == expected;
+        QString finding = right ? "ok" : read ? "difference" : "not read";
+        if (right && expected != written)
+            finding = "ok: no more fits in a reply";
+        printRow({text(field.label).simplified(), before[field.name], read ? "green" : "",
+                  field.written, after[field.name], finding});
+        allRight = allRight && right;
     }
     return allRight;
 }
 
-Demonstration::Finding Demonstration::compare(const Row &row)
+bool Demonstrator::reportFile(const Values &saved, const Values &loaded) const
 {
-    if (row.mark != mark::green)
-        return {"not read", false};
-    if (row.markAfter != mark::green)
-        return {"not read again", false};
-    const int width = row.parameter->width;
-    const QString &expected = row.parameter->writeCommand ? row.written : row.before;
-    if (row.after == expected)
-        return {"ok", true};
-    if (row.after == expected.left(width))
-        return {QString("lost by the protocol: replies carry %1 characters").arg(width), true};
-    return {"difference", false};
-}
-
-bool Demonstration::printFiles() const
-{
-    bool allRight = form->find(&Names::conbox0)->currentIndex() == static_cast<int>(kind);
     print({});
-    if (!allRight)
-        print("settings file: another kind of module than saved");
-    for (const Row &row : rows) {
-        const QString loaded = form->value(*row.parameter);
-        if (!row.parameter->writeCommand || loaded == row.written)
-            continue;
-        print(QString("settings file: %1 is \"%2\", saved was \"%3\"")
-                  .arg(form->label(*row.parameter), loaded, row.written));
-        allRight = false;
+    for (auto value = saved.begin(); value != saved.end(); ++value) {
+        if (loaded[value.key()] != value.value())
+            print(QString("settings file: %1 is \"%2\", saved was \"%3\"")
+                      .arg(value.key(), loaded[value.key()], value.value()));
     }
-    if (allRight)
-        print("settings file: loaded as saved");
-    return allRight;
+    print(saved == loaded ? "settings file: loaded as saved" : "settings file: DIFFERENT");
+    return saved == loaded;
+}
+
+/// The exit code.
+int demonstrate(const simulator::Options &options, const QDir &pictures, int tickMs, int end)
+{
+    simulator::SimulatedModule module(options.kind, options.linkPath);
+    module.faults = options.faults;
+    module.restartMs = options.restartMs;
+    module.setValue("tcp slave id", "17"); // to have something to write over
+    try {
+        if (!module.start())
+            throw std::runtime_error(module.errorString().toStdString());
+        Demonstrator demonstrator(options, module.portPath(), tickMs);
+        QSocketNotifier notifier(end, QSocketNotifier::Read);
+        QObject::connect(&notifier, &QSocketNotifier::activated, &demonstrator,
+                         [&] { demonstrator.giveUpWaiting("ended from outside"); });
+        return demonstrator.demonstrate(pictures) ? 0 : 1;
+    } catch (const std::runtime_error &error) {
+        print(QString("FAILED: ") + error.what());
+        return 1;
+    }
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    // Before the application starts threads, which would die of the signals.
+    const int end = simulator::watchForEnd();
+
+    QApplication application(argc, argv);
+    QCommandLineParser parser;
+    parser.setApplicationDescription("Plays a user at the configurator, with a simulated module: "
+                                     "reads, writes, saves and loads;\n"
+                                     "reports, and exits with 0 if all was right.");
+    parser.addHelpOption();
+    simulator::addOptions(parser);
+    parser.addOptions({
+        {"screenshots", "Folder for the pictures taken on the way (the current one).", "folder",
+         "."},
+        {"tick", "Time from one step of a sequence to the next (1000 ms).", "ms", "1000"},
+    });
+    parser.process(application);
+    simulator::Options options;
+    QString error;
+    const QDir pictures(parser.value("screenshots"));
+    const int tickMs = parser.value("tick").toInt();
+    if (readOptions(parser, &options, &error) && (tickMs < 1 || !pictures.mkpath(".")))
+        error = "no such tick or folder";
+    if (!error.isEmpty()) {
+        std::fprintf(stderr, "demonstration: %s\n", qPrintable(error));
+        return 2;
+    }
+    // The traces of the window would drown the report.
+    QLoggingCategory::setFilterRules("default.debug=false");
+    // File dialogs note what was chosen in them; the user's own notes are no business of this.
+    const QTemporaryDir notes;
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, notes.path());
+    return demonstrate(options, pictures, tickMs, end);
 }

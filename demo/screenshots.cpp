@@ -1,51 +1,23 @@
-// Takes the pictures of the guide: the program's own window, used by object names, with a simulated
-// module on its line.
+// Takes the pictures of the guide: a user with a camera, at a simulated module.
 
-#include "mainwindow.h"
 #include "simulated_module.h"
 #include "texts.h"
+#include "user.h"
 
-#include <QAction>
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
-#include <QEventLoop>
-#include <QLineEdit>
 #include <QLoggingCategory>
 #include <QMessageBox>
 #include <QPainter>
-#include <QPushButton>
-#include <QTimer>
 
 #include <cstdio>
-#include <cstdlib>
-#include <functional>
+#include <stdexcept>
 
 namespace {
 
-constexpr int tickMs = 150; // nobody has to follow what happens
-constexpr int lookMs = 5;
-constexpr int limitMs = 20000;
+constexpr int tickMs = 150;            // nobody has to follow what happens
 constexpr char portName[] = "ttyUSB0"; ///< shown for the simulated module's path
-
-[[noreturn]] void fail(const QString &reason)
-{
-    std::fprintf(stderr, "make-screenshots: %s\n", qPrintable(reason));
-    std::_Exit(1); // a box may be open, in an event loop of its own
-}
-
-void waitFor(const std::function<bool()> &done)
-{
-    QEventLoop loop;
-    QTimer look;
-    QObject::connect(&look, &QTimer::timeout, [&] {
-        if (done())
-            loop.quit();
-    });
-    look.start(lookMs);
-    QTimer::singleShot(limitMs, &loop, [] { fail("nothing came of it"); });
-    loop.exec();
-}
 
 /// A window as a desktop shows it; without one it has neither title nor border.
 QPixmap framed(QWidget *window)
@@ -64,29 +36,30 @@ QPixmap framed(QWidget *window)
     return picture;
 }
 
-/// A user with a camera, at a window and a module of their own.
-class Scene {
+void save(const QPixmap &picture, const QString &name)
+{
+    const QString path = QDir(qApp->arguments().value(1)).filePath(name + ".png");
+    if (!picture.save(path))
+        throw std::runtime_error("cannot write " + path.toStdString());
+}
+
+class Photographer : public User {
 public:
-    explicit Scene(ModuleKind kind)
+    explicit Photographer(ModuleKind kind)
         : module(static_cast<simulator::ModuleKind>(kind))
     {
-        module.faults.delayMs = lookMs;
-        module.restartMs = limitMs; // off the line for as long as it is looked at
+        module.faults.delayMs = 5;
+        module.restartMs = 60000; // off the line for as long as it is looked at
         if (!module.start())
-            fail(module.errorString());
+            throw std::runtime_error(module.errorString().toStdString());
         find<QComboBox>("conbox0")->setCurrentIndex(static_cast<int>(kind));
         ports()->clear();
         ports()->addItem(portName);
         window.show();
         QApplication::processEvents(); // the list of ports takes its width from this name
-        QObject::connect(&boxWatch, &QTimer::timeout, [this] { lookForBox(); });
-        boxWatch.start(lookMs);
+        onBox = [this](QMessageBox *box) { takeBox(box); };
     }
 
-    void click(const char *button) { find<QPushButton>(button)->click(); }
-    void trigger(const char *action) { find<QAction>(action)->trigger(); }
-    void enter(const char *field, const QString &text) { find<QLineEdit>(field)->setText(text); }
-    QString mark(const char *field) { return find<QLineEdit>(field)->styleSheet(); }
     QComboBox *ports() { return find<QComboBox>("serialPortInfoListBox"); }
 
     void connect()
@@ -95,48 +68,34 @@ public:
         click("connect");
         ports()->setItemText(0, portName);
     }
-    /// Clicks on the button that starts a sequence.
-    void start(const char *button)
+    void start(const QString &button)
     {
         click(button);
-        for (QTimer *timer : window.findChildren<QTimer *>(QString(), Qt::FindDirectChildrenOnly)) {
-            if (timer->isActive())
-                timer->setInterval(tickMs);
-        }
+        setTick(tickMs);
     }
     void read()
     {
         start("scan_parameters");
-        waitFor([this] { return find<QPushButton>("scan_parameters")->text() == text::scan; });
+        waitFor("end of the read", [this] { return text("scan_parameters") == text::scan; });
     }
     void take(const QString &name) { save(framed(&window), name); }
-    /// Does what opens a box, which is photographed and closed by its last button.
+    /// Does what opens a box. The window may be in the picture as well, for the marks of its
+    /// fields.
     void takeBox(const QString &name, const std::function<void()> &act, bool inWindow = false)
     {
         boxName = name;
         boxInWindow = inWindow;
         act();
-        waitFor([this] { return boxName.isEmpty(); });
+        waitFor("box " + name, [this] { return boxName.isEmpty(); });
     }
 
     simulator::SimulatedModule module;
 
 private:
-    template <class Object> Object *find(const char *name)
+    void takeBox(QMessageBox *box)
     {
-        auto *object = window.findChild<Object *>(name);
-        if (!object)
-            fail(QString("there is no %1 in the form").arg(name));
-        return object;
-    }
-
-    void lookForBox()
-    {
-        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-        if (!box)
-            return;
         if (boxName.isEmpty())
-            fail(QString("unexpected box \"%1\": %2").arg(box->windowTitle(), box->text()));
+            giveUpWaiting("unexpected box \"" + boxes.last() + '"');
         QPixmap picture = framed(box);
         if (boxInWindow) {
             // Over the buttons, so that the marks of the fields stay in sight.
@@ -147,68 +106,58 @@ private:
         }
         save(picture, boxName);
         boxName.clear();
-        box->buttons().constLast()->click();
     }
 
-    static void save(const QPixmap &picture, const QString &name)
-    {
-        const QString path = QDir(qApp->arguments().value(1)).filePath(name + ".png");
-        if (!picture.save(path))
-            fail("cannot write " + path);
-    }
-
-    MainWindow window;
-    QTimer boxWatch;
     QString boxName; ///< of the picture of the next box; no box may open while it is empty
     bool boxInWindow = false;
 };
 
 void takeWindow(ModuleKind kind, const QString &name)
 {
-    Scene scene(kind);
-    scene.connect();
-    scene.read();
-    scene.take(name);
+    Photographer user(kind);
+    user.connect();
+    user.read();
+    user.take(name);
 }
 
 void takeMarks()
 {
-    Scene scene(ModuleKind::Universal);
-    scene.module.faults.answers["SPEED RS485"] = "14400";
-    scene.connect();
-    scene.start("scan_parameters");
-    waitFor([&] { return scene.mark("lineEdit_timewait") == mark::green; });
-    scene.take("reading");
+    Photographer user(ModuleKind::Universal);
+    user.module.faults.answers["SPEED RS485"] = "14400";
+    user.connect();
+    user.start("scan_parameters");
+    user.waitFor("reply", [&] { return user.mark("lineEdit_timewait") == mark::green; });
+    user.take("reading");
 }
 
 void takePlainBoxes()
 {
-    Scene scene(ModuleKind::Universal);
-    scene.module.send("\r\n");
-    scene.takeBox("box-empty-delivery", [&] { scene.connect(); });
-    scene.takeBox("box-factory-reset", [&] { scene.click("reset_allparameters"); });
-    scene.takeBox("box-port-lost", [&] { scene.module.hangUp(); });
-    scene.takeBox("box-no-file", [&] { scene.trigger("action"); });
-    scene.ports()->clear();
-    scene.takeBox("box-access-denied", [&] { scene.click("connect"); });
+    Photographer user(ModuleKind::Universal);
+    user.module.send("\r\n");
+    user.takeBox("box-empty-delivery", [&] { user.connect(); });
+    user.takeBox("box-factory-reset", [&] { user.click("reset_allparameters"); });
+    user.takeBox("box-port-lost", [&] { user.module.hangUp(); });
+    user.takeBox("box-no-file", [&] { user.trigger("action"); });
+    user.ports()->clear();
+    user.takeBox("box-access-denied", [&] { user.click("connect"); });
 }
 
 void takeSilence()
 {
-    Scene scene(ModuleKind::Universal);
-    scene.module.faults.silent = true;
-    scene.connect();
-    scene.takeBox("box-no-connection", [&] { scene.start("scan_parameters"); });
+    Photographer user(ModuleKind::Universal);
+    user.module.faults.silent = true;
+    user.connect();
+    user.takeBox("box-no-connection", [&] { user.start("scan_parameters"); });
 }
 
-void takeWrite(int tcpPort, const QString &name)
+void takeWrite(const QString &tcpPort, const QString &name)
 {
-    Scene scene(ModuleKind::Universal);
-    scene.connect();
-    scene.read();
-    scene.enter("lineEdit_portTCP", QString::number(tcpPort));
-    scene.takeBox(
-        name, [&] { scene.start("applyButton"); }, true);
+    Photographer user(ModuleKind::Universal);
+    user.connect();
+    user.read();
+    user.enter("lineEdit_portTCP", tcpPort);
+    user.takeBox(
+        name, [&] { user.start("applyButton"); }, true);
 }
 
 } // namespace
@@ -216,21 +165,25 @@ void takeWrite(int tcpPort, const QString &name)
 int main(int argc, char *argv[])
 {
     QApplication application(argc, argv);
-    if (argc != 2)
-        fail("takes the folder for the pictures");
     // The same pictures on every computer.
     QApplication::setStyle("Fusion");
     QApplication::setFont(QFont("Liberation Sans", 10));
     // The traces of the window are of no use here.
     QLoggingCategory::setFilterRules("default.debug=false");
-
-    takeWindow(ModuleKind::TcpRtu, "tcp-rtu");
-    takeWindow(ModuleKind::RtuTcp, "rtu-tcp");
-    takeWindow(ModuleKind::Universal, "universal");
-    takeMarks();
-    takePlainBoxes();
-    takeSilence();
-    takeWrite(10502, "box-write-succeeded");
-    takeWrite(80, "box-write-refused");
+    try {
+        if (argc != 2)
+            throw std::runtime_error("takes the folder for the pictures");
+        takeWindow(ModuleKind::TcpRtu, "tcp-rtu");
+        takeWindow(ModuleKind::RtuTcp, "rtu-tcp");
+        takeWindow(ModuleKind::Universal, "universal");
+        takeMarks();
+        takePlainBoxes();
+        takeSilence();
+        takeWrite("10502", "box-write-succeeded");
+        takeWrite("80", "box-write-refused");
+    } catch (const std::runtime_error &error) {
+        std::fprintf(stderr, "make-screenshots: %s\n", error.what());
+        return 1;
+    }
     return 0;
 }

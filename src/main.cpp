@@ -8,7 +8,7 @@ int main(int argc, char *argv[])
     QCoreApplication::setAttribute(Qt::AA_ForceRasterWidgets);
     QApplication application(argc, argv);
     MainWindow window;
-    window.setFixedSize(754, 550);
+    window.setFixedSize(MainWindow::startSize);
     window.show();
     return QApplication::exec();
 }

@@ -17,6 +17,9 @@ class MainWindow : public QMainWindow {
     Q_OBJECT
 
 public:
+    /// Until a module kind is chosen, in pixels.
+    static constexpr QSize startSize{754, 550};
+
     explicit MainWindow(QWidget *parent = nullptr);
     ~MainWindow() override;
 

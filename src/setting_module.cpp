@@ -72,7 +72,7 @@ bool write(QFileDevice &file, const QByteArray &content)
 void replace(const QFileInfo &info, const QByteArray &content)
 {
     QDir().mkpath(info.path());
-    QSaveFile file(info.exists() ? info.canonicalFilePath() : info.filePath());
+    QSaveFile file(info.filePath());
     if (write(file, content))
         file.commit();
 }

@@ -4,11 +4,14 @@
 #include "module_dialect.h"
 #include "window_driver.h"
 
-#include <QAction>
+#include <QAbstractButton>
 #include <QApplication>
+#include <QComboBox>
 #include <QCommandLineParser>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QFileDialog>
+#include <QMessageBox>
 #include <QRandomGenerator>
 #include <QThread>
 
@@ -16,44 +19,60 @@
 
 class Monkey : public QObject {
 public:
-    Monkey(quint32 seedNumber, qint64 seconds)
+    Monkey(Kind kind, quint32 seedNumber)
         : seed(seedNumber)
-        , endMs(1000 * seconds)
         , random(seedNumber)
-        , driver(allKinds[seedNumber % 3])
+        , driver(kind)
     {
         QDir::setCurrent(folder.path());
-        for (const Kind kind : allKinds)
-            knownBoxes << box::noConnection.arg(nameOf(kind)) << box::success.arg(nameOf(kind));
-        driver.handleBox = [this](QMessageBox *) {
+        for (const Kind each : allKinds)
+            knownBoxes << box::noConnection.arg(nameOf(each)) << box::success.arg(nameOf(each));
+        driver.leavesDialogsOpen = true;
+        driver.onBox = [this](QMessageBox *) {
             if (!knownBoxes.contains(driver.boxes.last()))
                 fail("unknown box \"" + driver.boxes.last() + '"');
         };
-        driver.handleDialog = [](QFileDialog *) {};
-        driver.module.restartMs = 50;
         clock.start();
-        act();
     }
 
-    int count = 0; ///< of actions
+    /// Returns the number of actions.
+    int play(int mostActions, qint64 seconds)
+    {
+        actionsLeft = mostActions;
+        endMs = 1000 * seconds;
+        act();
+        QApplication::exec();
+        return count;
+    }
 
 private:
-    int upTo(int highest) { return random.bounded(highest + 1); }
-    template <class List> typename List::value_type oneOf(const List &choices)
+    /// What to do next. It follows from the seed alone: always the same numbers are drawn, and what
+    /// makes no sense just then is left undone.
+    struct Action {
+        int what;
+        quint32 first;
+        quint32 second;
+        int pauseMs;
+    };
+    Action draw()
     {
-        return choices.at(upTo(choices.size() - 1));
+        return {random.bounded(100), random.generate(), random.generate(), 1 + random.bounded(12)};
     }
 
-    void note(const QString &action)
+    template <class List>
+    static typename List::value_type oneOf(const List &choices, quint32 number)
     {
-        ++count;
-        actions = actions.mid(actions.size() - 39) << action;
+        return choices.at(static_cast<int>(number % static_cast<quint32>(choices.size())));
     }
 
-    void fail(const QString &what)
+    void note(const QString &action) { actions = actions.mid(actions.size() - 39) << action; }
+
+    [[noreturn]] void fail(const QString &what)
     {
-        fprintf(stderr, "soak: %s\nlast actions:\n  %s\nto replay: soak --seed %u --seconds %lld\n",
-                qPrintable(what), qPrintable(actions.join("\n  ")), seed, endMs / 1000);
+        fprintf(stderr,
+                "soak: %s, %s\nlast actions:\n  %s\nto repeat them: soak --seed %u --actions %d\n",
+                qPrintable(nameOf(driver.module.kind())), qPrintable(what),
+                qPrintable(actions.join("\n  ")), seed, count);
         std::_Exit(1); // boxes may be open, each in an event loop of its own
     }
 
@@ -63,56 +82,72 @@ private:
             fail("the event loop stood still");
         lastActMs = clock.elapsed();
         QWidget *dialog = QApplication::activeModalWidget();
-        if (lastActMs > endMs && !dialog) {
+        const bool over = actionsLeft-- <= 0 || lastActMs > endMs;
+        if (over && !dialog) {
             QApplication::quit();
             return;
         }
+        const Action action = draw();
         // First, for a click may open a box and return long after.
-        QTimer::singleShot(1 + upTo(11), this, &Monkey::act);
-        if (dialog && upTo(7) == 0)
-            close(dialog);
-        else if (dialog || upTo(3) == 0)
-            useLine();
-        else
-            useWindow();
+        QTimer::singleShot(action.pauseMs, this, &Monkey::act);
+        if (!over)
+            ++count;
+        if (dialog && (over || action.what >= 90))
+            close(dialog, action);
+        else if (action.what < 60 && !dialog)
+            useWindow(action);
+        else if (action.what < 90)
+            useLine(action);
         // A box stands in the middle of a change; what is around it need not agree yet.
         if (QThread::currentThread()->loopLevel() == 1)
             check();
     }
 
-    void useWindow()
+    void useWindow(const Action &action)
     {
-        const QStringList buttons{"connect", "scan_parameters",     "applyButton",
-                                  "Reset",   "reset_allparameters", "checkBox",
-                                  "scanport"};
-        const QString button = buttons.at(qMax(0, upTo(9) - 3)); // most often the first
-        const ParameterCase field = oneOf(parametersOf(Kind::Universal));
-        const QStringList texts{"", "999", "\u0439 \u00e9", field.inForm};
-        QTimer *timer = driver.activeTimer();
-        const int choice = upTo(9);
-        if (choice < 5 && driver.isEnabled(button) && driver.find<QWidget>(button)->isVisible()) {
-            note("click " + button);
-            driver.click(button);
-            if (button == "scanport")
-                driver.choosePort(driver.module.portPath());
-        } else if (choice == 5 && driver.isEnabled("conbox0")) {
-            note("kind");
-            driver.enter("conbox0", '#' + QString::number(upTo(2)));
-        } else if (choice == 6 && upTo(4) == 0) {
-            const QString action = oneOf(QStringList{"action", "action_open_2", "action_save"});
-            note("menu " + action);
-            driver.find<QAction>(action)->trigger();
-        } else if (timer && timer->interval() == 1000) {
-            note("fast ticks");
-            timer->setInterval(8 + upTo(30));
-        } else if (driver.isEnabled(field.widget)) {
-            note(QString("edit ") + field.widget);
-            const bool isCombo = field.inForm[0] == '#';
-            driver.enter(field.widget, isCombo ? '#' + QString::number(upTo(2)) : oneOf(texts));
-        }
+        const ParameterCase field = oneOf(parametersOf(Kind::Universal), action.first);
+        if (action.what < 35)
+            click(oneOf(QStringList{"connect", "connect", "connect", "scan_parameters",
+                                    "scan_parameters", "applyButton", "applyButton", "Reset",
+                                    "reset_allparameters", "checkBox", "scanport"},
+                        action.first));
+        else if (action.what < 40 && driver.isEnabled("conbox0"))
+            driver.find<QComboBox>("conbox0")->setCurrentIndex(static_cast<int>(action.first % 3));
+        else if (action.what < 42)
+            useMenu(oneOf(QStringList{"action", "action_open_2", "action_save"}, action.first));
+        else if (action.what < 52)
+            driver.setTick(8 + static_cast<int>(action.first % 30));
+        else if (driver.isEnabled(field.widget))
+            edit(field, action.second);
     }
 
-    void useLine()
+    void click(const QString &button)
+    {
+        if (!driver.isEnabled(button) || !driver.isVisible(button))
+            return;
+        note("click " + button);
+        driver.click(button);
+        if (button == "scanport")
+            driver.choosePort(driver.module.portPath());
+    }
+
+    void useMenu(const QString &action)
+    {
+        note("menu " + action);
+        driver.trigger(action);
+    }
+
+    void edit(const ParameterCase &field, quint32 number)
+    {
+        note("edit " + field.widget);
+        if (auto *combo = qobject_cast<QComboBox *>(driver.find<QWidget>(field.widget)))
+            combo->setCurrentIndex(static_cast<int>(number % 3));
+        else
+            driver.enter(field.widget,
+                         oneOf(QStringList{"", "999", "\u0439 \u00e9", field.inForm}, number));
+    }
+
+    void useLine(const Action &action)
     {
         simulator::SimulatedModule &module = driver.module;
         const QByteArrayList deliveries{"OK",
@@ -125,43 +160,51 @@ private:
                                         "\x1b[31m\xff\xfe",
                                         QByteArray(5000, 'x'),
                                         "parity 0\r\nparity none"};
-        const int choice = upTo(11);
-        if (choice == 0) {
+        if (action.what < 63) {
             note("hang up");
             module.hangUp();
-        } else if (choice <= 3) {
+        } else if (action.what < 74) {
             module.comeBack();
-        } else if (choice == 4) {
+        } else if (action.what < 82) {
             note("send");
-            module.send(oneOf(deliveries));
-        } else if (choice == 5) {
-            note("faults");
-            module.faults = {};
-            module.faults.silent = upTo(5) == 0;
-            module.faults.delayMs = upTo(40);
-            module.faults.split = upTo(4) == 0;
-            module.faults.empty = upTo(9) == 0;
-            module.faults.garbage = upTo(4) == 0;
-            module.faults.hangUpAfter = upTo(4) == 0 ? upTo(20) : -1;
-            if (upTo(2) == 0)
-                module.faults.refuse = oneOf(module.queries());
+            module.send(oneOf(deliveries, action.first));
+            // And now and then the window is held up until a tick is due as well.
+            if (action.second % 2 == 0)
+                QThread::msleep(40);
+        } else {
+            misbehave(action.first, action.second);
         }
     }
 
-    void close(QWidget *dialog)
+    void misbehave(quint32 number, quint32 other)
+    {
+        note("faults");
+        simulator::SimulatedModule::Faults &faults = driver.module.faults;
+        faults = {};
+        faults.delayMs = static_cast<int>(number % 40);
+        faults.silent = other % 6 == 0;
+        faults.split = other % 5 == 0;
+        faults.empty = other % 11 == 0;
+        faults.garbage = other % 7 == 0;
+        faults.hangUpAfter = other % 8 == 0 ? static_cast<int>(number % 20) : -1;
+        if (other % 3 == 0)
+            faults.refuse = oneOf(driver.module.queries(), number);
+    }
+
+    void close(QWidget *dialog, const Action &action)
     {
         note("close \"" + dialog->windowTitle() + '"');
         if (auto *box = qobject_cast<QMessageBox *>(dialog)) {
-            oneOf(box->buttons())->click();
+            oneOf(box->buttons(), action.first)->click();
             return;
         }
         auto *fileDialog = qobject_cast<QFileDialog *>(dialog);
-        QFile file(folder.filePath(oneOf(QStringList{"a.TRset", "b.TRset"})));
+        QFile file(folder.filePath(oneOf(QStringList{"a.TRset", "b.TRset"}, action.first)));
         if (fileDialog->acceptMode() == QFileDialog::AcceptSave)
             file.remove(); // or the dialog would ask
         else if (!file.exists() && file.open(QIODevice::WriteOnly))
             file.write("[MODUL]\nName=\"Modbus universal \"\n\n\xff=");
-        WindowDriver::answer(fileDialog, upTo(2) == 0 ? "" : file.fileName());
+        WindowDriver::answer(fileDialog, action.second % 3 == 0 ? "" : file.fileName());
     }
 
     static bool isKnown(QByteArray command)
@@ -191,13 +234,13 @@ private:
             (labelsMayStay || !driver.boxes.isEmpty() || !linked) && (saysReading || saysWriting);
         driver.commands.clear();
         driver.boxes.clear();
-        driver.debugLines.clear();
         if (!linked && connectText != "Cоединиться")
             fail("connect reads " + connectText);
         QStringList state = driver.state().split(", ").mid(4);
-        const bool reading = state.removeAll("read") > 0;
-        const bool writing = state.removeAll("write") > 0;
-        state.removeAll("marks");
+        const int reading = state.removeAll("read");
+        const int writing = state.removeAll("write");
+        if (reading + writing > 1)
+            fail("two sequences at once");
         if (!state.isEmpty())
             fail("the link and " + state.join(' '));
         // Of ptys in this process the module has both ends, the window one more if it is connected.
@@ -207,18 +250,17 @@ private:
         if (lines != (QFile::exists(driver.module.portPath()) ? 1 : 0) + (linked ? 1 : 0))
             fail(QString("the link and the open port: %1 lines").arg(lines));
 
-        const auto isActive = [](const QTimer *timer) { return timer->isActive(); };
-        if (std::count_if(driver.timers.begin(), driver.timers.end(), isActive) > 1)
-            fail("two sequences at once");
-        if ((saysReading != reading && !(saysReading && labelsMayStay))
-            || (saysWriting != writing && !(saysWriting && labelsMayStay)))
+        if ((saysReading != (reading > 0) && !(saysReading && labelsMayStay))
+            || (saysWriting != (writing > 0) && !(saysWriting && labelsMayStay)))
             fail("the labels and what runs: " + driver.state());
     }
 
     const quint32 seed;
-    const qint64 endMs;
     QRandomGenerator random;
     QElapsedTimer clock;
+    qint64 endMs = 0;
+    int actionsLeft = 0;
+    int count = 0;
     qint64 lastActMs = 0;
     QStringList actions;
     QStringList knownBoxes{box::portDenied,     box::portLost, box::emptyDelivery, box::refused,
@@ -232,17 +274,33 @@ int main(int argc, char *argv[])
 {
     QApplication application(argc, argv);
     QCommandLineParser parser;
-    parser.setApplicationDescription("Uses the window at random, on a module that misbehaves.");
+    parser.setApplicationDescription(
+        "Uses the window at random, on modules of each kind that misbehave.\n"
+        "The same seed means the same actions. What comes of them can differ, as the window's "
+        "timers\n"
+        "and the line have a clock of their own.");
     parser.addHelpOption();
-    parser.addOptions({{"seconds", "How long (60).", "N", "60"},
-                       {"seed", "What to repeat; else the time of day.", "N"}});
+    parser.addOptions(
+        {{"seconds", "How long at the most, for all kinds together (60).", "N", "60"},
+         {"actions", "How many actions at the most, for each kind.", "N", "1000000000"},
+         {"seed", "What the actions follow from (the time of day).", "N",
+          QString::number(QRandomGenerator::global()->bounded(100000U))}});
     parser.process(application);
-    const quint32 seed = parser.isSet("seed") ? parser.value("seed").toUInt()
-                                              : QRandomGenerator::global()->bounded(100000U);
-    printf("soak: seed %u\n", seed);
-    fflush(stdout);
-    const Monkey monkey(seed, parser.value("seconds").toInt());
-    QApplication::exec();
-    printf("soak: %d actions\n", monkey.count);
+    QVector<int> numbers;
+    for (const char *option : {"seconds", "actions", "seed"}) {
+        bool isNumber = false;
+        numbers.append(parser.value(option).toInt(&isNumber));
+        if (!isNumber || numbers.last() < 0) {
+            fprintf(stderr, "soak: --%s takes a whole number\n", option);
+            return 2;
+        }
+    }
+    printf("soak: seed %d\n", numbers[2]);
+    for (const Kind kind : allKinds) {
+        fflush(stdout);
+        Monkey monkey(kind, static_cast<quint32>(numbers[2]));
+        const int actions = monkey.play(numbers[1], numbers[0] / 3 + 1);
+        printf("soak: %s, %d actions\n", qPrintable(nameOf(kind)), actions);
+    }
     return 0;
 }

@@ -3,8 +3,6 @@
 #include "setting_module.h"
 #include "window_driver.h"
 
-#include <QAction>
-#include <QCheckBox>
 #include <QDir>
 
 #include <memory>
@@ -50,32 +48,29 @@ class TestFiles : public QObject {
     std::unique_ptr<QTemporaryDir> folder; // and the current one, for nothing else may land there
     std::unique_ptr<WindowDriver> driver;
     QString site; // a path in the folder
-    QStringList dialogs;
 
     /// Uses a command of the menu, and its file dialog, if it has one. No path cancels the dialog.
     void trigger(const char *action, const QString &path = QString())
     {
-        driver->handleDialog = [this, path](QFileDialog *dialog) {
-            dialogs.append(dialog->windowTitle() + ": " + dialog->nameFilters().join(' '));
-            WindowDriver::answer(dialog, path);
-        };
-        driver->find<QAction>(action)->trigger();
+        driver->trigger(action, path);
     }
 
-    QString current() { return driver->find<QAction>("action")->text(); }
+    QString current() { return driver->text("action"); }
     QStringList files()
     {
         return QDir().entryList(QDir::AllEntries | QDir::Hidden | QDir::System
                                 | QDir::NoDotAndDotDot);
     }
 
-    QString form()
+    /// The kind and the fields that are not empty.
+    QStringList form()
     {
         QStringList values{driver->text("conbox0")};
-        for (const ParameterCase &write : writesOf(Kind::Universal))
-            values.append(driver->text(write.widget));
-        values.append(driver->find<QCheckBox>("checkBox")->isChecked() ? "off" : "on");
-        return values.join(' ');
+        for (const QString &field : driver->filled())
+            values.append(field + '=' + driver->text(field));
+        if (driver->text("checkBox") == "checked")
+            values.append("off");
+        return values;
     }
 
 private slots:
@@ -94,7 +89,7 @@ private slots:
             trigger("action_save", site);
             QCOMPARE(contentOf(site), defaults);
         }
-        QCOMPARE(dialogs.last(), QString("Настройки: TCP_RTU settings (*.TRset);"));
+        QCOMPARE(driver->fileDialogs.last(), QString("Настройки: TCP_RTU settings (*.TRset);"));
         QCOMPARE(files(), QStringList{"site.TRset"});
 
         put(site, "[General]\nMASK=1\nOwner=me\n\n[Site]\nRoom=12\n"); // with keys of others
@@ -109,30 +104,37 @@ private slots:
     void loadsAFile_data()
     {
         QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<QString>("form");
-        QTest::newRow("defaults")
-            << defaults
-            << "#0 #1 192.168.0.1 255.255.255.0 0.0.0.0 502 #1 #4 #1 1000 192.168.0.10 180 1  off";
-        QTest::newRow("others")
-            << others << "#2 #2 10.0.0.7   10.0.0.254 10000 #3 #1 #2 100 10.0.0.9 5 247 17 on";
-        QTest::newRow("huge") << defaults + QByteArray(20 << 20, '\n')
-                              << "#0 #0     #0 #0 #0      on";
-        for (const QByteArrayList &row : tableOf("files.txt"))
-            QTest::newRow(row[0]) << row[0] << QString(row[1]);
+        QTest::addColumn<QByteArrayList>("form");
+        for (const QByteArrayList &row : tableOf("files.txt")) {
+            const QByteArray content =
+                row[0].endsWith(".TRset") ? contentOf(TEST_DATA + row[0]) : row[0];
+            QTest::newRow(row[0]) << content << row.mid(1);
+        }
+        QTest::newRow("huge") << defaults + QByteArray(1 << 20, '\n')
+                              << QByteArrayList{"Modbus TCP-RTU "};
     }
 
     void loadsAFile()
     {
         QFETCH(QByteArray, content);
+        QFETCH(QByteArrayList, form);
+        driver->prepare();
+        driver->enter("lineEdit_version", "");
+        driver->enter("lineEdit_MAC", "");
+        driver->markAll();
         put(site, content);
         trigger("action_open_2", site);
-        QTEST(form(), "form");
-        const bool off = form().endsWith("off");
+        QStringList expected;
+        for (const QByteArray &value : form)
+            expected.append(value);
+        QCOMPARE(this->form(), expected);
+        const bool off = expected.last() == "off";
         const QString lilacFromFile = "background-color: #f5edff;";
         QCOMPARE(driver->isEnabled("lineEdit_tcp_id"), !off);
         QCOMPARE(driver->mark("lineEdit_tcp_id"), off ? lilacFromFile : "");
         QCOMPARE(driver->mark("lineEdit_MAC"), lilacFromFile);
-        QCOMPARE(driver->mark("lineEdit_version"), lilac);
+        QCOMPARE(driver->marked(lilac), QStringList{"lineEdit_version"});
+        QCOMPARE(driver->marked(green).size(), 12);
         QVERIFY(driver->boxes.isEmpty());
     }
 
@@ -143,19 +145,15 @@ private slots:
         put(site, others);
         trigger("action_open_2", site);
         QCOMPARE(current(), "Текущий файл (" + site + ")");
-        const QString trace = "\"Modbus universal \" modul_name";
-        QCOMPARE(driver->debugLines, (QStringList{trace, "1 SPERD_RS485", "2 tcp -mode"}));
         trigger("action_save", folder->filePath("copy.TRset")); // does not count as chosen
         QCOMPARE(contentOf("copy.TRset"), others);
 
         put(site, QByteArray(others).replace("10.0.0.7", "10.0.0.8"));
-        driver->debugLines.clear();
         trigger("action");
-        QCOMPARE(driver->debugLines, QStringList{trace});
         QCOMPARE(driver->text("lineEdit_ip"), QString("10.0.0.8"));
         QFile::remove(site);
         trigger("action");
-        QCOMPARE(form(), QString("#2 #0     #0 #0 #0      on"));
+        QCOMPARE(form(), QStringList{"Modbus universal "});
 
         driver->enter("lineEdit_ip", "1.2.3.4");
         trigger("action_open_2"); // cancelled: the file is forgotten
@@ -263,7 +261,7 @@ private slots:
 
     void storeAsksForItsFile()
     {
-        driver->handleDialog = [this](QFileDialog *dialog) { WindowDriver::answer(dialog, site); };
+        trigger("action_save", site); // and the same for the dialogs that follow
         setting_module store;
         store.moduleName = "Modbus universal ";
         QVERIFY(QMetaObject::invokeMethod(&store, "SaveNTSetting"));

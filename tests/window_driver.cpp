@@ -4,8 +4,7 @@
 #include <QComboBox>
 #include <QDir>
 #include <QLineEdit>
-#include <QPushButton>
-#include <QStatusBar>
+#include <QLoggingCategory>
 #include <QThread>
 
 #include <poll.h>
@@ -42,14 +41,31 @@ QList<QByteArrayList> tableOf(const QString &file)
     return rows;
 }
 
+QList<QByteArrayList> rowsOf(const QString &file, Kind kind)
+{
+    QList<QByteArrayList> rows;
+    for (const QByteArrayList &row : tableOf(file)) {
+        if (row[0].contains(QByteArray::number(static_cast<int>(kind))))
+            rows.append(row.mid(1));
+    }
+    return rows;
+}
+
+void addRowsOf(const QString &file)
+{
+    QTest::addColumn<Kind>("kind");
+    QTest::addColumn<QByteArrayList>("row");
+    for (const Kind kind : allKinds) {
+        for (const QByteArrayList &row : rowsOf(file, kind))
+            QTest::newRow(nameOf(kind).toUtf8() + ' ' + row[0] + ' ' + row[1]) << kind << row;
+    }
+}
+
 QVector<ParameterCase> parametersOf(Kind kind)
 {
-    static const QList<QByteArrayList> table = tableOf("parameters.txt");
     QVector<ParameterCase> parameters;
-    for (const QByteArrayList &row : table) {
-        if (row[0].contains(QByteArray::number(static_cast<int>(kind))))
-            parameters.append({row[1], row[2], row[3], row[4], row[5]});
-    }
+    for (const QByteArrayList &row : rowsOf("parameters.txt", kind))
+        parameters.append({row[0], row[1], row[2], row[3], row[4]});
     return parameters;
 }
 
@@ -76,24 +92,16 @@ QByteArray acknowledgementOf(Kind kind)
     return kind == Kind::Universal ? "ok" : "OK";
 }
 
-static WindowDriver *driver = nullptr;
 static constexpr int anHour = 3600 * 1000;
-
-static void keepDebugLine(QtMsgType type, const QMessageLogContext &, const QString &line)
-{
-    if (type == QtDebugMsg && driver)
-        driver->debugLines.append(line);
-    else if (type != QtWarningMsg) // the library warns of what the window ignores on purpose
-        fprintf(stderr, "%s\n", qPrintable(line));
-}
+static constexpr int limitMs = 5000;
 
 WindowDriver::WindowDriver(Kind kind)
     : module(kind)
-    , timers(window.findChildren<QTimer *>(QString(), Qt::FindDirectChildrenOnly))
 {
-    driver = this;
-    qInstallMessageHandler(keepDebugLine);
+    QLoggingCategory::setFilterRules("default.debug=false\ndefault.warning=false");
+    qApp->installEventFilter(this);
     module.faults.delayMs = 1;
+    module.restartMs = 50;
     connect(&module, &simulator::SimulatedModule::commandReceived, this,
             [this](const QByteArray &command) { commands.append(command); });
     if (!module.start())
@@ -101,59 +109,26 @@ WindowDriver::WindowDriver(Kind kind)
     choosePort(module.portPath());
     find<QComboBox>("conbox0")->setCurrentIndex(static_cast<int>(kind));
     window.show();
-    lookForDialogs();
-}
-
-WindowDriver::~WindowDriver()
-{
-    driver = nullptr;
-    qInstallMessageHandler(nullptr);
-}
-
-void WindowDriver::choosePort(const QString &port)
-{
-    auto *ports = find<QComboBox>("serialPortInfoListBox");
-    ports->addItem(port);
-    ports->setCurrentIndex(ports->count() - 1);
 }
 
 void WindowDriver::prepare()
 {
     module.faults.silent = true;
-    connectPort();
+    click("connect");
     click("scan_parameters"); // a read, stopped at once
     click("scan_parameters");
-    for (const ParameterCase &parameter : parametersOf(module.kind()))
+    for (const ParameterCase &parameter : parametersOf(Kind::Universal))
         enter(parameter.widget, parameter.inForm);
-}
-
-QString WindowDriver::text(const QString &name)
-{
-    auto *widget = find<QWidget>(name);
-    if (auto *combo = qobject_cast<QComboBox *>(widget))
-        return '#' + QString::number(combo->currentIndex());
-    return widget->property("text").toString();
-}
-
-void WindowDriver::enter(const QString &name, const QString &text)
-{
-    if (text.startsWith('#'))
-        find<QComboBox>(name)->setCurrentIndex(text.mid(1).toInt());
-    else
-        find<QLineEdit>(name)->setText(text);
 }
 
 QString WindowDriver::state()
 {
-    QStringList state{window.statusBar()->currentMessage(), text("connect"),
-                      text("scan_parameters"), text("applyButton")};
-    if (QTimer *timer = activeTimer())
-        state.append(timers.indexOf(timer) % 2 == 0 ? "read" : "write");
-    bool marked = false;
-    for (const ParameterCase &parameter : parametersOf(Kind::Universal))
-        marked = marked || !mark(parameter.widget).isEmpty();
-    if (marked)
-        state.append("marks");
+    QStringList state{text("statusbar"), text("connect"), text("scan_parameters"),
+                      text("applyButton")};
+    for (int i = 0; i < timers.size(); ++i) {
+        if (timers[i]->isActive())
+            state.append(i % 2 == 0 ? "read" : "write");
+    }
     const bool linked = text("connect") == "Отсоединиться";
     for (const char *name : {"scan_parameters", "applyButton", "Reset", "reset_allparameters"}) {
         if (isEnabled(name) != linked)
@@ -175,11 +150,38 @@ QTimer *WindowDriver::activeTimer()
     return nullptr;
 }
 
+void WindowDriver::markAll()
+{
+    for (const ParameterCase &parameter : parametersOf(Kind::Universal))
+        find<QWidget>(parameter.widget)->setStyleSheet(green);
+}
+
+QStringList WindowDriver::marked(const QString &wanted)
+{
+    QStringList fields;
+    for (const ParameterCase &parameter : parametersOf(Kind::Universal)) {
+        const QString has = mark(parameter.widget);
+        if (wanted.isEmpty() ? !has.isEmpty() : has == wanted)
+            fields.append(parameter.widget);
+    }
+    return fields;
+}
+
+QStringList WindowDriver::filled()
+{
+    QStringList fields;
+    for (const ParameterCase &parameter : parametersOf(Kind::Universal)) {
+        if (!text(parameter.widget).isEmpty())
+            fields.append(parameter.widget);
+    }
+    return fields;
+}
+
 void WindowDriver::start(const QString &button)
 {
     click(button);
     QVERIFY(activeTimer());
-    activeTimer()->setInterval(anHour);
+    setTick(anHour);
 }
 
 void WindowDriver::tick()
@@ -195,39 +197,26 @@ bool WindowDriver::tickCommand()
 {
     const int before = commands.size();
     tick();
-    return QTest::qWaitFor([&] { return commands.size() > before; });
+    return comes([&] { return commands.size() > before; }, limitMs);
 }
 
 bool WindowDriver::deliver(const QByteArray &bytes)
 {
-    const int before = deliveriesTraced();
     module.send(bytes);
-    return QTest::qWaitFor([&] { return deliveriesTraced() > before; });
+    return isReadable(limitMs) && comes([&] { return !isReadable(0); }, limitMs);
 }
 
 bool WindowDriver::deliverWithTick(const QByteArray &bytes)
 {
     QTimer *timer = activeTimer();
-    const int before = deliveriesTraced();
     timer->setInterval(1);
     module.send(bytes);
-    waitForArrival();
+    const bool arrived = isReadable(limitMs);
     QThread::msleep(10);
     QCoreApplication::processEvents();
     if (timer->isActive())
         timer->setInterval(anHour);
-    return QTest::qWaitFor([&] { return deliveriesTraced() > before; });
-}
-
-/// Until what the module has sent can be read from the line, without an event loop.
-void WindowDriver::waitForArrival()
-{
-    const QString pty = QFileInfo(module.portPath()).symLinkTarget();
-    for (const QFileInfo &file : QDir("/proc/self/fd").entryInfoList(QDir::System)) {
-        pollfd line{file.fileName().toInt(), POLLIN, 0};
-        if (file.symLinkTarget() == pty && poll(&line, 1, 5000) != 1)
-            qFatal("nothing arrives");
-    }
+    return arrived && comes([&] { return !isReadable(0); }, limitMs);
 }
 
 bool WindowDriver::writeRows(int count)
@@ -240,32 +229,27 @@ bool WindowDriver::writeRows(int count)
     return true;
 }
 
-void WindowDriver::lookForDialogs()
+int WindowDriver::readiness(int ms)
 {
-    // First, for a handler may wait, and other boxes open meanwhile.
-    QTimer::singleShot(2, this, &WindowDriver::lookForDialogs);
-    QWidget *top = QApplication::activeModalWidget();
-    if (!top || top->property("known").toBool())
-        return;
-    top->setProperty("known", true);
-    auto *box = qobject_cast<QMessageBox *>(top);
-    if (box)
-        boxes.append(box->windowTitle() + ": " + box->text());
-    if (!box)
-        handleDialog(qobject_cast<QFileDialog *>(top));
-    else if (handleBox)
-        handleBox(box);
-    else if (QAbstractButton *yes = box->button(QMessageBox::Yes))
-        yes->click();
-    else
-        box->accept();
+    const int before = timesReadable;
+    QTest::qWait(ms);
+    return timesReadable - before;
 }
 
-void WindowDriver::answer(QDialog *fileDialog, const QString &path)
+bool WindowDriver::eventFilter(QObject * /*watched*/, QEvent *event)
 {
-    fileDialog->findChild<QLineEdit *>("fileNameEdit")->setText(path);
-    if (path.isEmpty())
-        fileDialog->reject();
-    else
-        fileDialog->accept();
+    timesReadable += event->type() == QEvent::SockAct ? 1 : 0;
+    return false;
+}
+
+/// Whether something lies on the window's side of the line, which the module has open as well.
+bool WindowDriver::isReadable(int waitMs)
+{
+    const QString pty = QFileInfo(module.portPath()).symLinkTarget();
+    for (const QFileInfo &file : QDir("/proc/self/fd").entryInfoList(QDir::System)) {
+        pollfd line{file.fileName().toInt(), POLLIN, 0};
+        if (file.symLinkTarget() == pty)
+            return poll(&line, 1, waitMs) == 1;
+    }
+    return false;
 }

@@ -1,15 +1,9 @@
 #pragma once
 
-#include "mainwindow.h"
 #include "simulated_module.h"
+#include "user.h"
 
-#include <QAbstractButton>
-#include <QFileDialog>
-#include <QMessageBox>
 #include <QTest>
-#include <QTimer>
-
-#include <functional>
 
 using Kind = simulator::ModuleKind; ///< as the module has it; the program has its own
 Q_DECLARE_METATYPE(Kind)
@@ -21,6 +15,9 @@ QByteArray contentOf(const QString &path);
 /// The rows of a table in data/, split at their bars, with %xx turned into bytes. Lines that begin
 /// with # are for people.
 QList<QByteArrayList> tableOf(const QString &file);
+/// Those of its rows whose first cell has the number of the kind, without that cell.
+QList<QByteArrayList> rowsOf(const QString &file, Kind kind);
+void addRowsOf(const QString &file); ///< a row for each, with columns "kind" and "row"
 
 /// One parameter with a value, as the form and the line have them; see data/parameters.txt.
 struct ParameterCase {
@@ -44,10 +41,12 @@ inline const QString lilac = "background-color:  #f5edff;";
 namespace state {
 inline const QString connected = "Connected, Отсоединиться, Сканировать, Запись параметры";
 inline const QString disconnected = "Disconnected, Cоединиться, Сканировать, Запись параметры";
+inline const QString reading =
+    "Connected, Отсоединиться, Стоп сканирования, Запись параметры, read";
 inline const QString writing = "Connected, Отсоединиться, Сканировать, Остановить запись, write";
 } // namespace state
 
-/// Every box that the program has, as WindowDriver::boxes lists it; %1 is the name of the kind.
+/// Every box that the program has, as User::boxes lists it; %1 is the name of the kind.
 namespace box {
 inline const QString portDenied = "Отказано в доступе: Ошибка соединения";
 inline const QString portLost = "Critical Error: Ошибка соединения";
@@ -62,33 +61,22 @@ inline const QString success = "Результы изменения: <FONT COLOR
                                "было успешно</FONT>";
 } // namespace box
 
-/// The real window with a simulated module on its line, used by object names as a person uses it.
-class WindowDriver : public QObject {
+/// A user whose window has a simulated module at its port, and who has time in hand.
+class WindowDriver : public User {
 public:
     explicit WindowDriver(Kind kind = Kind::Universal);
-    ~WindowDriver() override;
 
-    template <class Widget> Widget *find(const QString &name)
-    {
-        auto *widget = window.findChild<Widget *>(name);
-        if (!widget)
-            qFatal("no object %s", qPrintable(name));
-        return widget;
-    }
+    /// For a silent module: connects, arms the apply button, fills the fields of all kinds.
+    void prepare();
 
-    void choosePort(const QString &port);
-    void connectPort() { click("connect"); }
-    void prepare(); ///< for a silent module: connects, arms the apply button, fills the form
-    void click(const QString &button) { find<QAbstractButton>(button)->click(); }
-    bool isEnabled(const QString &name) { return find<QWidget>(name)->isEnabled(); }
-    QString mark(const QString &name) { return find<QWidget>(name)->styleSheet(); }
-    QString text(const QString &name); ///< of a button, line edit, label; "#index" of a combo box
-    void enter(const QString &name, const QString &text); ///< into a line edit, or an item's index
-
-    /// Status, texts of the three buttons, "read" or "write" while that is going on, "marks" if
-    /// there are any, and each control that is not enabled as the link wants it.
+    /// Status, texts of the three buttons, "read" or "write" for each sequence that is running,
+    /// and each control that is not enabled as the link wants it.
     QString state();
     QTimer *activeTimer(); ///< of the running sequence, or nullptr
+    void markAll();        ///< fields, green
+    /// Names of the fields of all kinds with this mark, or with any.
+    QStringList marked(const QString &mark = QString());
+    QStringList filled(); ///< likewise of those that are not empty
 
     void start(const QString &button); ///< a sequence; time passes by tick() only from here on
     void tick();
@@ -97,21 +85,15 @@ public:
     /// The same, while the window's thread is held up until the next tick is due as well.
     bool deliverWithTick(const QByteArray &bytes);
     bool writeRows(int count); ///< of a write that was started, each acknowledged
-
-    /// What the user does with a box, else agrees to it, and with a file dialog.
-    std::function<void(QMessageBox *)> handleBox;
-    std::function<void(QFileDialog *)> handleDialog;
-    static void answer(QDialog *fileDialog, const QString &path); ///< an empty path cancels
+    /// How often any line has been found readable in that time.
+    int readiness(int ms);
 
     simulator::SimulatedModule module;
-    MainWindow window;
-    const QList<QTimer *> timers; ///< of the window: read, write, read, write
-    QByteArrayList commands;      ///< that the module received
-    QStringList boxes;            ///< "title: text" of each that opened
-    QStringList debugLines;       ///< of the window
-    int deliveriesTraced() const { return debugLines.filter("\"data 2:").size(); }
+    QByteArrayList commands; ///< that the module received
 
 private:
-    void lookForDialogs();
-    void waitForArrival();
+    bool eventFilter(QObject *watched, QEvent *event) override;
+    bool isReadable(int waitMs);
+
+    int timesReadable = 0;
 };

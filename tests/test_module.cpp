@@ -1,0 +1,159 @@
+// The simulated module by itself: what it makes of commands, and the command that starts it.
+
+#include "window_driver.h"
+
+#include <QProcess>
+
+#include <csignal>
+
+class TestModule : public QObject {
+    Q_OBJECT
+
+    /// What a module says to the commands, one by one, without line ends.
+    static QByteArrayList talk(simulator::SimulatedModule *module, const QByteArrayList &commands)
+    {
+        QByteArrayList replies;
+        QSerialPort port(module->portPath());
+        port.open(QIODevice::ReadWrite);
+        for (const QByteArray &command : commands) {
+            port.write(command);
+            const auto answered = [&] {
+                return port.bytesAvailable() > 0 || !QFile::exists(module->portPath());
+            };
+            replies.append(QTest::qWaitFor(answered) ? port.readAll().trimmed() : "(nothing)");
+        }
+        return replies;
+    }
+
+private slots:
+    void checksValues()
+    {
+        for (const QByteArrayList &row : tableOf("values.txt")) {
+            for (const bool good : {true, false}) {
+                for (const QByteArray &value : row[good ? 2 : 3].split(',')) {
+                    const QByteArray bytes = row[1] + value;
+                    const auto command = simulator::parseCommand(allKinds[row[0].toInt()], bytes);
+                    QVERIFY2((command.type == simulator::Command::Type::Write) == good, bytes);
+                }
+            }
+        }
+    }
+
+    void talksInItsDialect()
+    {
+        for (const Kind kind : allKinds) {
+            const bool universal = kind == Kind::Universal;
+            simulator::SimulatedModule module(kind);
+            module.restartMs = 1;
+            QVERIFY(module.start());
+            const QByteArray yes = universal ? "ok" : "OK";
+            const QByteArray no = universal ? "?" : "ERROR";
+            QCOMPARE(
+                talk(&module, {"ip", "CHANGE IP:1.2.3.4", "ip", "CHANGE IP:1.2.3", "Ip", "RESET"}),
+                (QByteArrayList{"ip 192.168.0.1", yes, "ip 1.2.3.4", no, no, ""}));
+            QTRY_VERIFY(QFile::exists(module.portPath()));
+            // The values outlive a restart, but no return to the factory's.
+            QCOMPARE(talk(&module, {"ip", universal ? "LOAD SETTING:DEFAULT" : "RESET"}),
+                     (QByteArrayList{"ip 1.2.3.4", ""}));
+            QTRY_VERIFY(QFile::exists(module.portPath()));
+            QCOMPARE(talk(&module, {"ip"}),
+                     QByteArrayList{universal ? "ip 192.168.0.1" : "ip 1.2.3.4"});
+        }
+    }
+
+    void misbehavesAsAsked()
+    {
+        simulator::SimulatedModule module(Kind::Universal);
+        QVERIFY(module.start());
+        const auto sayAll = [&] {
+            QByteArrayList replies;
+            QSerialPort port(module.portPath());
+            if (!port.open(QIODevice::ReadWrite))
+                return replies;
+            connect(&port, &QSerialPort::readyRead, &port, [&] { replies.append(port.readAll()); });
+            port.write("PORT TCP");
+            QTest::qWait(200);
+            return replies;
+        };
+        const QByteArrayList good{"PORT TCP 502\r\n"};
+        QCOMPARE(sayAll(), good);
+        module.faults.split = true;
+        QCOMPARE(sayAll(), (QByteArrayList{"PORT TC", "P 502\r\n"}));
+        module.faults = {};
+        module.faults.empty = true;
+        QCOMPARE(sayAll(), QByteArrayList{"\r\n"} + good);
+        module.faults = {};
+        module.faults.garbage = true;
+        QCOMPARE(sayAll().mid(1), good);
+        module.faults = {};
+        module.faults.answers["PORT TCP"] = "banana";
+        QCOMPARE(sayAll(), QByteArrayList{"PORT TCP banana\r\n"});
+        module.faults = {};
+        module.faults.refuse = "PORT TCP";
+        QCOMPARE(talk(&module, {"CHANGE PORT TCP:10000", "PORT TCP"}),
+                 (QByteArrayList{"?", "PORT TCP 502"}));
+        module.faults = {};
+        module.faults.silent = true;
+        QCOMPARE(sayAll(), QByteArrayList());
+        module.faults = {};
+        module.faults.hangUpAfter = 1;
+        QCOMPARE(sayAll(), QByteArrayList());
+        QVERIFY(!QFile::exists(module.portPath()));
+    }
+
+    void commandSaysWhatIsWrong_data()
+    {
+        QTest::addColumn<QStringList>("options");
+        QTest::addColumn<int>("exitCode");
+        QTest::newRow("kind") << QStringList{"--kind", "tcp"} << 2;
+        QTest::newRow("number") << QStringList{"--delay", "soon"} << 2;
+        QTest::newRow("parameter") << QStringList{"--kind", "tcp-rtu", "--refuse", "MODE TCP"} << 2;
+        QTest::newRow("answer") << QStringList{"--answer", "ip"} << 2;
+        QTest::newRow("option") << QStringList{"--loud"} << 2;
+        QTest::newRow("argument") << QStringList{"ip"} << 2;
+        QTest::newRow("link") << QStringList{"--link", "/dev/null"} << 1;
+        QTest::newRow("help") << QStringList{"--help"} << 0;
+    }
+
+    void commandSaysWhatIsWrong()
+    {
+        QFETCH(QStringList, options);
+        QProcess simulator;
+        if (!begin(&simulator, options))
+            QSKIP("an emulated program cannot start another one");
+        QVERIFY(simulator.waitForFinished());
+        QTEST(simulator.exitCode(), "exitCode");
+        const bool isHelp = simulator.exitCode() == 0;
+        QCOMPARE(simulator.readAllStandardError().startsWith("module-simulator: "), !isHelp);
+        QCOMPARE(simulator.readAllStandardOutput().isEmpty(), !isHelp);
+    }
+
+    void commandCleansUp()
+    {
+        const QTemporaryDir folder;
+        const QString link = folder.filePath("port");
+        QVERIFY(QFile::link("/dev/pts/nowhere", link)); // left by one that was killed
+        for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+            QProcess simulator;
+            if (!begin(&simulator, {"--link", link}))
+                QSKIP("an emulated program cannot start another one");
+            QVERIFY(simulator.waitForReadyRead());
+            QCOMPARE(simulator.readLine().trimmed(), link.toUtf8());
+            QVERIFY(QFile::exists(link));
+            kill(static_cast<pid_t>(simulator.processId()), signal);
+            QVERIFY(simulator.waitForFinished());
+            QCOMPARE(simulator.exitCode(), 0);
+            QVERIFY(!QFileInfo(link).isSymLink());
+        }
+    }
+
+private:
+    static bool begin(QProcess *simulator, const QStringList &options)
+    {
+        simulator->start(MODULE_SIMULATOR, options);
+        return !QByteArray(MODULE_SIMULATOR).isEmpty();
+    }
+};
+
+QTEST_MAIN(TestModule)
+#include "test_module.moc"

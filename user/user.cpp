@@ -1,0 +1,161 @@
+#include "user.h"
+
+#include <QAbstractButton>
+#include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QElapsedTimer>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QStatusBar>
+
+#include <stdexcept>
+
+void offerPort(MainWindow *window, const QString &port)
+{
+    auto *ports = window->findChild<QComboBox *>("serialPortInfoListBox");
+    const auto offer = [ports, port] {
+        ports->addItem(port);
+        ports->setCurrentIndex(ports->count() - 1);
+    };
+    offer();
+    // The window's own slot has refilled the list by then.
+    QObject::connect(window->findChild<QAbstractButton *>("scanport"), &QAbstractButton::clicked,
+                     window, offer);
+}
+
+User::User()
+    : timers(window.findChildren<QTimer *>(QString(), Qt::FindDirectChildrenOnly))
+{
+    window.setFixedSize(MainWindow::startSize);
+    lookForDialogs();
+}
+
+void User::choosePort(const QString &port)
+{
+    auto *ports = find<QComboBox>("serialPortInfoListBox");
+    if (ports->findText(port) < 0)
+        ports->addItem(port);
+    ports->setCurrentText(port);
+}
+
+void User::click(const QString &button)
+{
+    find<QAbstractButton>(button)->click();
+}
+
+void User::trigger(const QString &action, const QString &path)
+{
+    pathToGive = path;
+    find<QAction>(action)->trigger();
+}
+
+void User::enter(const QString &field, const QString &value)
+{
+    auto *widget = find<QWidget>(field);
+    if (auto *edit = qobject_cast<QLineEdit *>(widget))
+        edit->setText(value);
+    else if (auto *combo = qobject_cast<QComboBox *>(widget))
+        combo->setCurrentText(value);
+    else if (text(field) != value)
+        click(field);
+    if (text(field) != value)
+        giveUp(QString("%1 does not take \"%2\"").arg(field, value));
+}
+
+QString User::text(const QString &name)
+{
+    auto *object = find<QObject>(name);
+    if (auto *combo = qobject_cast<QComboBox *>(object))
+        return combo->currentText();
+    if (auto *check = qobject_cast<QCheckBox *>(object))
+        return check->isChecked() ? "checked" : "unchecked";
+    if (auto *status = qobject_cast<QStatusBar *>(object))
+        return status->currentMessage();
+    return object->property("text").toString();
+}
+
+QString User::mark(const QString &field)
+{
+    return find<QWidget>(field)->styleSheet();
+}
+
+bool User::isEnabled(const QString &name)
+{
+    return find<QWidget>(name)->isEnabled();
+}
+
+bool User::isVisible(const QString &name)
+{
+    return find<QWidget>(name)->isVisible();
+}
+
+void User::waitFor(const QString &what, const std::function<bool()> &done, int limitMs)
+{
+    if (!comes(done, limitMs))
+        giveUp(failure.isEmpty() ? QString("no %1 within %2 ms").arg(what).arg(limitMs) : failure);
+}
+
+bool User::comes(const std::function<bool()> &done, int limitMs)
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (failure.isEmpty() && !done()) {
+        if (clock.hasExpired(limitMs))
+            return false;
+        // Looking for dialogs sees to it that there are events.
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    return failure.isEmpty();
+}
+
+void User::setTick(int ms)
+{
+    for (QTimer *timer : timers) {
+        if (timer->isActive())
+            timer->setInterval(ms);
+    }
+}
+
+void User::answer(QFileDialog *dialog, const QString &path)
+{
+    dialog->findChild<QLineEdit *>("fileNameEdit")->setText(path);
+    if (path.isEmpty())
+        dialog->reject();
+    else
+        QMetaObject::invokeMethod(dialog, "accept"); // which QFileDialog hides
+}
+
+void User::giveUp(const QString &reason)
+{
+    throw std::runtime_error(reason.toStdString());
+}
+
+void User::lookForDialogs()
+{
+    // First, for a handler may wait, and other dialogs open meanwhile.
+    QTimer::singleShot(2, this, &User::lookForDialogs);
+    QWidget *dialog = QApplication::activeModalWidget();
+    if (!dialog || dialog->property("seen").toBool())
+        return;
+    dialog->setProperty("seen", true);
+    if (auto *fileDialog = qobject_cast<QFileDialog *>(dialog)) {
+        fileDialogs.append(fileDialog->windowTitle() + ": " + fileDialog->nameFilters().join(' '));
+        if (!leavesDialogsOpen)
+            answer(fileDialog, pathToGive);
+        return;
+    }
+    auto *box = qobject_cast<QMessageBox *>(dialog);
+    QAbstractButton *agree =
+        box->button(QMessageBox::Yes); // a file dialog asks whether to overwrite
+    if (!agree) {
+        boxes.append(box->windowTitle() + ": " + box->text());
+        onBox(box);
+    }
+    if (!leavesDialogsOpen && agree)
+        agree->click();
+    else if (!leavesDialogsOpen)
+        box->accept();
+}

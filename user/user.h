@@ -1,0 +1,67 @@
+#pragma once
+
+#include "mainwindow.h"
+
+#include <QTimer>
+
+#include <functional>
+
+class QFileDialog;
+class QMessageBox;
+
+/// Puts a port on the window's list, now and whenever that is filled anew, and selects it.
+void offerPort(MainWindow *window, const QString &port);
+
+/// Somebody who uses the window: finds its parts by the names that they have in the form, clicks,
+/// types, looks, waits, and deals with the message boxes and file dialogs that open.
+///
+/// What is not there, or does not come, is thrown as a std::runtime_error.
+class User : public QObject {
+public:
+    User(); ///< in front of the window as it starts
+
+    template <class Object> Object *find(const QString &name)
+    {
+        auto *object = window.findChild<Object *>(name);
+        if (!object)
+            giveUp("there is no " + name);
+        return object;
+    }
+
+    void choosePort(const QString &port); ///< also one that is not on the list
+    void click(const QString &button);
+    /// Uses a command of the menu. A file dialog is given the path, or cancelled for want of one.
+    void trigger(const QString &action, const QString &path = QString());
+    /// Into a line edit; the item of a combo box that says so; "checked" or "unchecked".
+    void enter(const QString &field, const QString &value);
+
+    /// What it says, in the words of enter() if it is a field.
+    QString text(const QString &name);
+    QString mark(const QString &field); ///< style sheet
+    bool isEnabled(const QString &name);
+    bool isVisible(const QString &name);
+
+    void waitFor(const QString &what, const std::function<bool()> &done, int limitMs = 30000);
+    bool comes(const std::function<bool()> &done, int limitMs); ///< instead of throwing
+    /// Ends the next, or the present, waitFor().
+    void giveUpWaiting(const QString &reason) { failure = reason; }
+    void setTick(int ms); ///< of the sequences that are running, instead of a second
+
+    /// What is done while a box is open. Afterwards it is closed; what asks is agreed to.
+    std::function<void(QMessageBox *)> onBox = [](QMessageBox *) {};
+    bool leavesDialogsOpen = false;
+    QStringList boxes;       ///< "title: text" of each that opened
+    QStringList fileDialogs; ///< "title: filters" of each that opened
+
+    MainWindow window;
+    const QList<QTimer *> timers; ///< of the sequences: read, write, read, write
+
+    static void answer(QFileDialog *dialog, const QString &path);
+
+private:
+    [[noreturn]] static void giveUp(const QString &reason);
+    void lookForDialogs();
+
+    QString pathToGive;
+    QString failure;
+};
