@@ -38,8 +38,6 @@ int main(int argc, char *argv[])
     QString error;
     if (!readOptions(parser, &options, &error))
         return refuseToStart(error);
-    // Part of the path of the module's port, for which the form has little room.
-    QApplication::setApplicationName("demo");
 
     QSocketNotifier notifier(end, QSocketNotifier::Read);
     QObject::connect(&notifier, &QSocketNotifier::activated, &application, &QApplication::quit);

@@ -135,7 +135,7 @@ Command parseCommand(ModuleKind kind, const QByteArray &bytes)
 {
     if (bytes == "RESET" || (bytes == "reset" && kind == ModuleKind::Universal))
         return {Command::Type::Restart, {}, {}};
-    if (bytes == "LOAD SETTING:DEFAULT")
+    if (bytes == "LOAD SETTING:DEFAULT" && kind == ModuleKind::Universal)
         return {Command::Type::FactoryReset, {}, {}};
 
     for (const Parameter &parameter : parameters) {

@@ -1,5 +1,6 @@
 #include "pty_line.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSocketNotifier>
@@ -18,7 +19,8 @@ PtyLine::PtyLine(const QString &path, QObject *parent)
     : QObject(parent)
 {
     if (path.isEmpty()) {
-        folder = std::make_unique<QTemporaryDir>();
+        // Short, for a list of ports has little room.
+        folder = std::make_unique<QTemporaryDir>(QDir::tempPath() + "/pty-XXXXXX");
         linkPath = folder->filePath("module");
     } else {
         linkPath = QFileInfo(path).absoluteFilePath();

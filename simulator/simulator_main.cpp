@@ -57,7 +57,9 @@ int main(int argc, char *argv[])
     parser.setApplicationDescription(
         "Simulates a Modbus protocol-converter module on a pseudo-terminal.\n"
         "Prints the path to open as serial port, then every command and reply, until Ctrl-C.");
-    const QCommandLineOption help = parser.addHelpOption();
+    // Not addHelpOption(), which offers help on options that this program does not have.
+    const QCommandLineOption help({"h", "help"}, "Print the options and exit.");
+    parser.addOption(help);
     addOptions(parser);
     // Not process(), which has an exit code of its own for errors.
     if (!parser.parse(QCoreApplication::arguments()))

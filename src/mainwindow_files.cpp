@@ -112,6 +112,7 @@ void MainWindow::on_action_triggered()
     loadSettingsFile(Traces::First);
 }
 
+// By its name the slot of a command "show". The form has none, which Qt reports at each start.
 void MainWindow::on_action_show_triggered() { }
 
 void MainWindow::loadSettingsFile(Traces traces)
