@@ -19,6 +19,7 @@
 
 #include <cstdio>
 #include <stdexcept>
+#include <utility>
 
 namespace {
 
@@ -41,7 +42,7 @@ const Field allFields[] = {
     {"comboBox", "label_28", "контроль четности"},
     {"comboBox_speed", "label_speed", "57600"},
     {"comboBox_2", "label_27", "2"},
-    {"lineEdit_timewait", "label_timewait", "60000", "6000"}, // a reply has room for four digits
+    {"lineEdit_timewait", "label_timewait", "60000", "6000"}, // four digits are taken
     {"lineEdit_ipservertcp", "label_ipserver", "10.20.30.50"},
     {"lineEdit_timeout", "label_timeout", "60"},
     {"lineEdit_rtu_virtual_id", "label_id_rtu", "247"},
@@ -68,7 +69,7 @@ void printRow(const QStringList &cells)
 
 class Demonstrator : public User {
 public:
-    Demonstrator(const simulator::Options &options, const QString &modulePort, int tick);
+    Demonstrator(const simulator::Options &options, QString modulePort, int tick);
 
     /// Whether all went right. Throws what went so wrong that nothing can follow.
     bool demonstrate(const QDir &pictureFolder);
@@ -81,7 +82,7 @@ private:
     Values values();
     void enter(const Values &entered);
     bool reportValues(const Values &before, const Values &marks, const Values &after);
-    bool reportFile(const Values &saved, const Values &loaded) const;
+    static bool reportFile(const Values &saved, const Values &loaded);
 
     const QString port;
     const int tickMs;
@@ -92,8 +93,8 @@ private:
     QElapsedTimer clock;
 };
 
-Demonstrator::Demonstrator(const simulator::Options &options, const QString &modulePort, int tick)
-    : port(modulePort)
+Demonstrator::Demonstrator(const simulator::Options &options, QString modulePort, int tick)
+    : port(std::move(modulePort))
     , tickMs(tick)
 {
     auto *kinds = find<QComboBox>("conbox0");
@@ -229,7 +230,7 @@ bool Demonstrator::reportValues(const Values &before, const Values &marks, const
         const bool right = read && after[field.name] == expected;
         QString finding = right ? "ok" : read ? "difference" : "not read";
         if (right && expected != written)
-            finding = "ok: no more fits in a reply";
+            finding = "ok: all that is taken of a reply";
         printRow({text(field.label).simplified(), before[field.name], read ? "green" : "",
                   field.written, after[field.name], finding});
         allRight = allRight && right;
@@ -237,7 +238,7 @@ bool Demonstrator::reportValues(const Values &before, const Values &marks, const
     return allRight;
 }
 
-bool Demonstrator::reportFile(const Values &saved, const Values &loaded) const
+bool Demonstrator::reportFile(const Values &saved, const Values &loaded)
 {
     print({});
     for (auto value = saved.begin(); value != saved.end(); ++value) {

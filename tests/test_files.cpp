@@ -38,7 +38,7 @@ class TestFiles : public QObject {
     std::unique_ptr<WindowDriver> driver;
     QString site; // a path in the folder
 
-    QStringList files()
+    static QStringList files()
     {
         return QDir().entryList(QDir::AllEntries | QDir::Hidden | QDir::System
                                 | QDir::NoDotAndDotDot);

@@ -27,6 +27,7 @@ static QString describe(const QWidget *widget)
 }
 
 /// What is seen in a group, line by line from the left to the right, then the groups inside it.
+// NOLINTNEXTLINE(misc-no-recursion): they stand in one another.
 static QStringList describeGroup(const QGroupBox *group)
 {
     QMap<int, QMap<int, QString>> cells;

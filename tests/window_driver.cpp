@@ -156,12 +156,12 @@ void WindowDriver::markAll()
         find<QWidget>(parameter.widget)->setStyleSheet(green);
 }
 
-QStringList WindowDriver::marked(const QString &wanted)
+QStringList WindowDriver::marked(const QString &styleSheet)
 {
     QStringList fields;
     for (const ParameterCase &parameter : parametersOf(Kind::Universal)) {
         const QString has = mark(parameter.widget);
-        if (wanted.isEmpty() ? !has.isEmpty() : has == wanted)
+        if (styleSheet.isEmpty() ? !has.isEmpty() : has == styleSheet)
             fields.append(parameter.widget);
     }
     return fields;

@@ -75,7 +75,7 @@ public:
     QTimer *activeTimer(); ///< of the running sequence, or nullptr
     void markAll();        ///< fields, green
     /// Names of the fields of all kinds with this mark, or with any.
-    QStringList marked(const QString &mark = QString());
+    QStringList marked(const QString &styleSheet = QString());
     QStringList filled(); ///< likewise of those that are not empty
 
     void start(const QString &button); ///< a sequence; time passes by tick() only from here on
