@@ -132,6 +132,7 @@ bool Demonstrator::demonstrate(const QDir &pictureFolder)
     say("writing new values, one every two seconds");
     enter(written);
     run("applyButton", text::apply, "write-half");
+    waitFor("success", [this] { return boxes.contains(expectedBox); });
     say("success; the module restarts");
     waitFor("restart of the module",
             [this] { return text("statusbar") == text::disconnected && QFile::exists(port); });
@@ -253,9 +254,7 @@ bool Demonstrator::reportFile(const Values &saved, const Values &loaded)
 /// The exit code.
 int demonstrate(const simulator::Options &options, const QDir &pictures, int tickMs, int end)
 {
-    simulator::SimulatedModule module(options.kind, options.linkPath);
-    module.faults = options.faults;
-    module.restartMs = options.restartMs;
+    simulator::SimulatedModule module(options);
     module.setValue("tcp slave id", "17"); // to have something to write over
     try {
         if (!module.start())
@@ -283,24 +282,16 @@ int main(int argc, char *argv[])
     parser.setApplicationDescription("Plays a user at the configurator, with a simulated module: "
                                      "reads, writes, saves and loads;\n"
                                      "reports, and exits with 0 if all was right.");
-    parser.addHelpOption();
-    simulator::addOptions(parser);
     parser.addOptions({
         {"screenshots", "Folder for the pictures taken on the way (the current one).", "folder",
          "."},
         {"tick", "Time from one step of a sequence to the next (1000 ms).", "ms", "1000"},
     });
-    parser.process(application);
-    simulator::Options options;
-    QString error;
+    const simulator::Options options = simulator::processOptions(parser);
     const QDir pictures(parser.value("screenshots"));
     const int tickMs = parser.value("tick").toInt();
-    if (readOptions(parser, &options, &error) && (tickMs < 1 || !pictures.mkpath(".")))
-        error = "no such tick or folder";
-    if (!error.isEmpty()) {
-        std::fprintf(stderr, "demonstration: %s\n", qPrintable(error));
-        return 2;
-    }
+    if (tickMs < 1 || !pictures.mkpath("."))
+        return simulator::refuseToStart("no such tick or folder", 2);
     // The traces of the window would drown the report.
     QLoggingCategory::setFilterRules("default.debug=false");
     // File dialogs note what was chosen in them; the user's own notes are no business of this.

@@ -46,7 +46,7 @@ void save(const QPixmap &picture, const QString &name)
 class Photographer : public User {
 public:
     explicit Photographer(ModuleKind kind)
-        : module(static_cast<simulator::ModuleKind>(kind))
+        : module(simulator::Options{static_cast<simulator::ModuleKind>(kind)})
     {
         module.faults.delayMs = 5;
         module.restartMs = 60000; // off the line for as long as it is looked at

@@ -15,11 +15,12 @@ const char noiseHex[] = "a71b5b33316d3f00ffc3288007fe9c41";
 
 } // namespace
 
-SimulatedModule::SimulatedModule(ModuleKind kind, const QString &linkPath, QObject *parent)
-    : QObject(parent)
-    , moduleKind(kind)
-    , values(factoryValues(kind))
-    , line(linkPath)
+SimulatedModule::SimulatedModule(const Options &options)
+    : faults(options.faults)
+    , restartMs(options.restartMs)
+    , moduleKind(options.kind)
+    , values(factoryValues(options.kind))
+    , line(options.linkPath)
     , due(std::make_unique<QObject>())
 {
     restartTimer.setSingleShot(true);
@@ -84,7 +85,8 @@ void SimulatedModule::obey(const Command &command)
 {
     switch (command.type) {
     case Command::Type::Query:
-        reply(queryReply(command.query, faults.answers.value(command.query, value(command.query))));
+        reply(
+            queryReply(command.query, faults.answers.value(command.query, values[command.query])));
         break;
     case Command::Type::Write:
         if (command.query == faults.refuse) {

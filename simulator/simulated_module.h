@@ -8,30 +8,35 @@
 
 namespace simulator {
 
+/// Ways to misbehave; may be changed at any time and hold from the next command on.
+struct Faults {
+    bool silent = false;  ///< obeys, but replies to nothing
+    int delayMs = 30;     ///< from a command to its reply
+    QByteArray refuse;    ///< the parameter whose write is refused
+    bool split = false;   ///< each reply comes in two deliveries
+    bool empty = false;   ///< a delivery of only CR LF precedes each reply
+    bool garbage = false; ///< a delivery of line noise precedes each reply
+    int hangUpAfter = -1; ///< commands until the line is hung up for good; below 1: never
+    int floodMs = 0;      ///< from a command on, line noise without pause for this long
+    QMap<QByteArray, QByteArray> answers; ///< by parameter, reported in place of its value
+};
+
+/// What a module is like from the start.
+struct Options {
+    ModuleKind kind = ModuleKind::Universal;
+    /// Where the port is to be found; if empty, in a private temporary folder.
+    QString linkPath = {};
+    Faults faults = {};
+    int restartMs = 3000;
+};
+
 /// A module on a serial line of its own: answers queries, obeys write commands, restarts when told
 /// to, and misbehaves as asked. Each delivery on the line is taken for one command.
 class SimulatedModule : public QObject {
     Q_OBJECT
 
 public:
-    /// Ways to misbehave; may be changed at any time and hold from the next command on.
-    struct Faults {
-        bool silent = false;  ///< obeys, but replies to nothing
-        int delayMs = 30;     ///< from a command to its reply
-        QByteArray refuse;    ///< the parameter whose write is refused
-        bool split = false;   ///< each reply comes in two deliveries
-        bool empty = false;   ///< a delivery of only CR LF precedes each reply
-        bool garbage = false; ///< a delivery of line noise precedes each reply
-        int hangUpAfter = -1; ///< commands until the line is hung up for good; below 1: never
-        int floodMs = 0;      ///< from a command on, line noise without pause for this long
-        QMap<QByteArray, QByteArray> answers; ///< by parameter, reported in place of its value
-    };
-
-    static constexpr int defaultRestartMs = 3000;
-
-    /// linkPath is where the port is to be found; if empty, a private temporary folder.
-    explicit SimulatedModule(ModuleKind kind, const QString &linkPath = QString(),
-                             QObject *parent = nullptr);
+    explicit SimulatedModule(const Options &options);
     ~SimulatedModule() override;
 
     /// Goes on the line. False, with errorString() set, if that fails.
@@ -43,10 +48,7 @@ public:
     ModuleKind kind() const { return moduleKind; }
     QVector<QByteArray> queries() const { return queriesOf(moduleKind); }
 
-    /// As reported in replies, faults aside; empty for a parameter that the kind does not have.
-    QByteArray value(const QByteArray &query) const { return values.value(query); }
-    /// Takes any value, in the form in which replies report it. Without effect on a parameter that
-    /// the kind does not have.
+    /// Any value, as reported in replies. Without effect on a parameter that the kind does not have.
     void setValue(const QByteArray &query, const QByteArray &value);
 
     /// An unsolicited delivery, at once.
@@ -58,7 +60,7 @@ public:
     void comeBack();
 
     Faults faults;
-    int restartMs = defaultRestartMs; ///< time off the line during a restart
+    int restartMs; ///< time off the line during a restart
 
 signals:
     void commandReceived(const QByteArray &command);

@@ -1,6 +1,11 @@
 #include "simulator_options.h"
 
 #include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QTextStream>
+
+#include <cstdlib>
 
 namespace simulator {
 
@@ -68,8 +73,6 @@ bool readAnswers(const QCommandLineParser &parser, Options *options, QString *er
     return error->isEmpty();
 }
 
-} // namespace
-
 void addOptions(QCommandLineParser &parser)
 {
     const Options defaults;
@@ -93,9 +96,10 @@ void addOptions(QCommandLineParser &parser)
     });
 }
 
+/// False, with a message for the user in error, if an option has a value that makes no sense.
 bool readOptions(const QCommandLineParser &parser, Options *options, QString *error)
 {
-    SimulatedModule::Faults &faults = options->faults;
+    Faults &faults = options->faults;
     error->clear();
     options->linkPath = parser.value("link");
     faults.silent = parser.isSet("silent");
@@ -109,6 +113,37 @@ bool readOptions(const QCommandLineParser &parser, Options *options, QString *er
         && readNumber(parser, "flood", 0, &faults.floodMs, error)
         && readNumber(parser, "restart-time", 0, &options->restartMs, error)
         && readRefusal(parser, options, error) && readAnswers(parser, options, error);
+}
+
+} // namespace
+
+Options processOptions(QCommandLineParser &parser)
+{
+    constexpr int usageError = 2;
+    // Not addHelpOption(), which offers help on options that not every program has.
+    const QCommandLineOption help({"h", "help"}, "Print the options and exit.");
+    parser.addOption(help);
+    addOptions(parser);
+    Options options;
+    QString error;
+    if (!parser.parse(QCoreApplication::arguments()))
+        error = parser.errorText();
+    else if (parser.isSet(help))
+        parser.showHelp();
+    else if (!parser.positionalArguments().isEmpty())
+        error = "takes options only; see --help";
+    else
+        readOptions(parser, &options, &error);
+    if (!error.isEmpty())
+        std::exit(refuseToStart(error, usageError));
+    return options;
+}
+
+int refuseToStart(const QString &reason, int exitCode)
+{
+    const QString program = QFileInfo(QCoreApplication::applicationFilePath()).fileName();
+    QTextStream(stderr) << program << ": " << reason << '\n';
+    return exitCode;
 }
 
 } // namespace simulator

@@ -6,17 +6,11 @@ class QCommandLineParser;
 
 namespace simulator {
 
-/// What a command line says about the module to be simulated.
-struct Options {
-    ModuleKind kind = ModuleKind::Universal;
-    QString linkPath; ///< empty: a private temporary folder
-    SimulatedModule::Faults faults;
-    int restartMs = SimulatedModule::defaultRestartMs;
-};
+/// Of the running program, whose own options the parser has already. Help ends it, and so does,
+/// with exit code 2, what makes no sense.
+Options processOptions(QCommandLineParser &parser);
 
-void addOptions(QCommandLineParser &parser);
-
-/// False, with a message for the user in error, if an option has a value that makes no sense.
-bool readOptions(const QCommandLineParser &parser, Options *options, QString *error);
+/// For main to return: says on the standard error output why the program does not start.
+int refuseToStart(const QString &reason, int exitCode);
 
 } // namespace simulator

@@ -6,7 +6,6 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QComboBox>
-#include <QCommandLineParser>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFileDialog>
@@ -25,11 +24,10 @@ static const QString actions =
 
 class Monkey : public QObject {
 public:
-    Monkey(Kind kind, quint32 seedNumber, int mostActions, qint64 seconds)
+    Monkey(Kind kind, quint32 seedNumber, int actionCount)
         : seed(seedNumber)
         , random(seedNumber)
-        , actionsLeft(mostActions)
-        , endMs(1000 * seconds)
+        , count(actionCount)
         , driver(kind)
     {
         QDir::setCurrent(folder.path());
@@ -58,7 +56,7 @@ private:
         if (clock.elapsed() - lastActMs > 5000)
             fail("the event loop stood still");
         lastActMs = clock.elapsed();
-        const bool over = actionsLeft-- <= 0 || lastActMs > endMs;
+        const bool over = done.size() == count;
         QWidget *dialog = QApplication::activeModalWidget();
         if (over && !dialog) {
             QApplication::quit();
@@ -128,7 +126,7 @@ private:
 
     void misbehave(quint32 number)
     {
-        simulator::SimulatedModule::Faults faults;
+        simulator::Faults faults;
         faults.delayMs = static_cast<int>(number % 41);
         faults.silent = number % 7 == 0;
         faults.split = number % 5 == 0;
@@ -188,8 +186,7 @@ private:
 
     [[noreturn]] void fail(const QString &what)
     {
-        fprintf(stderr,
-                "soak: %s, %s\nlast actions:\n  %s\nto repeat them: soak --seed %u --actions %d\n",
+        fprintf(stderr, "soak: %s, %s\nlast actions:\n  %s\nto repeat them: soak %u %d\n",
                 qPrintable(nameOf(driver.module.kind())), qPrintable(what),
                 qPrintable(done.mid(done.size() - 40).join("\n  ")), seed, done.size());
         std::_Exit(1); // boxes may be open, each in an event loop of its own
@@ -197,8 +194,7 @@ private:
 
     const quint32 seed;
     QRandomGenerator random;
-    int actionsLeft;
-    const qint64 endMs;
+    const int count; ///< of actions
     QElapsedTimer clock;
     qint64 lastActMs = 0;
     QStringList knownBoxes{box::portDenied,     box::portLost, box::emptyDelivery, box::refused,
@@ -208,41 +204,23 @@ private:
     WindowDriver driver;
 };
 
-/// The number that an option gives; ends the program if it is none.
-static int numberOf(const QCommandLineParser &parser, const char *option)
-{
-    bool isNumber = false;
-    const int number = parser.value(option).toInt(&isNumber);
-    if (isNumber && number >= 0)
-        return number;
-    fprintf(stderr, "soak: --%s takes a whole number\n", option);
-    std::exit(2);
-}
-
 int main(int argc, char *argv[])
 {
     QApplication application(argc, argv);
-    QCommandLineParser parser;
-    parser.setApplicationDescription(
-        "Uses the window at random, on modules of each kind that misbehave.\n"
-        "The same seed means the same actions. What comes of them can differ, as the window's "
-        "timers\n"
-        "and the line have a clock of their own.");
-    parser.addHelpOption();
-    parser.addOptions(
-        {{"seconds", "How long at the most, for all kinds together (60).", "N", "60"},
-         {"actions", "How many actions at the most, for each kind.", "N", "1000000000"},
-         {"seed", "What the actions follow from (any number).", "N",
-          QString::number(QRandomGenerator::global()->bounded(100000U))}});
-    parser.process(application);
-    const int seed = numberOf(parser, "seed");
-    printf("soak: seed %d\n", seed);
+    const QStringList given = QCoreApplication::arguments();
+    bool isSeed = false;
+    bool isCount = false;
+    const quint32 seed = given.value(1).toUInt(&isSeed);
+    const int count = given.value(2).toInt(&isCount);
+    if (given.size() != 3 || !isSeed || !isCount) {
+        fprintf(stderr, "Usage: soak SEED ACTIONS\n");
+        return 2;
+    }
     for (const Kind kind : allKinds) {
-        fflush(stdout);
-        const Monkey monkey(kind, static_cast<quint32>(seed), numberOf(parser, "actions"),
-                            numberOf(parser, "seconds") / 3 + 1);
+        const Monkey monkey(kind, seed, count);
         QApplication::exec();
-        printf("soak: %s, %d actions\n", qPrintable(nameOf(kind)), monkey.done.size());
+        printf("soak: %s, seed %u, %d actions\n", qPrintable(nameOf(kind)), seed,
+               monkey.done.size());
     }
     return 0;
 }

@@ -4,7 +4,6 @@
 #include "window_driver.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QMessageBox>
 
 class TestRead : public QObject {
@@ -81,19 +80,6 @@ private slots:
         }
         QCOMPARE(driver.state(), state::connected); // the last tick was the end
         QCOMPARE(driver.boxes, QStringList());
-    }
-
-    void readsByTheRealClock()
-    {
-        WindowDriver driver(Kind::TcpRtu);
-        driver.click("connect");
-        QElapsedTimer clock;
-        clock.start();
-        driver.click("scan_parameters");
-        QTRY_COMPARE_WITH_TIMEOUT(driver.state(), state::connected, 30000);
-        QVERIFY(clock.elapsed() > 8000); // nine ticks of a second
-        QCOMPARE(driver.commands, driver.module.queries().toList());
-        QCOMPARE(driver.filled().size(), parametersOf(Kind::TcpRtu).size());
     }
 
     void takesEveryCode_data() { addKindRows(); }

@@ -96,7 +96,7 @@ static constexpr int anHour = 3600 * 1000;
 static constexpr int limitMs = 5000;
 
 WindowDriver::WindowDriver(Kind kind)
-    : module(kind)
+    : module(simulator::Options{kind})
 {
     QLoggingCategory::setFilterRules("default.debug=false\ndefault.warning=false");
     qApp->installEventFilter(this);
