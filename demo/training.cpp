@@ -14,6 +14,7 @@ int main(int argc, char *argv[])
     // Before the application starts threads, which would die of the signals.
     const int end = simulator::watchForEnd();
 
+    QCoreApplication::setAttribute(Qt::AA_ForceRasterWidgets); // as in the program itself
     QApplication application(argc, argv);
     QCommandLineParser parser;
     parser.setApplicationDescription(
