@@ -247,6 +247,20 @@ private slots:
         QVERIFY(QMetaObject::invokeMethod(&other, "LoadNTSetting", Q_ARG(QString, "")));
         QCOMPARE(other.moduleName, QString());
         QCOMPARE(other.fileName, site);
+        other.SaveNTSetting("new/folder/site.TRset");
+        QVERIFY(QFile::exists("new/folder/site.TRset"));
+    }
+
+    void storeLoadsWithoutRoomForACopy()
+    {
+        put(site, others);
+        setting_module store;
+        qputenv("TMPDIR", folder->path().toUtf8());
+        protect(folder->path().toUtf8(), true);
+        store.LoadNTSetting(site);
+        protect(folder->path().toUtf8(), false);
+        qunsetenv("TMPDIR");
+        QCOMPARE(store.ipAddress, QString("10.0.0.7"));
     }
 };
 
