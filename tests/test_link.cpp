@@ -124,7 +124,7 @@ private slots:
             });
             driver.onBox = [&](QMessageBox *) { QTRY_VERIFY(!driver.activeTimer()); };
             driver.click(writing ? "applyButton" : "scan_parameters");
-            driver.setTick(20);
+            driver.setTick(50);
             QTRY_VERIFY(driver.state().startsWith(state::disconnected));
             // The query of the step that raised the box is left out.
             QByteArrayList queries = driver.module.queries().toList();
