@@ -65,14 +65,15 @@ private slots:
     {
         simulator::SimulatedModule module(simulator::Options{Kind::Universal});
         QVERIFY(module.start());
-        const auto sayAll = [&] {
+        const auto sayAll = [&](int count) {
             QByteArrayList replies;
             QSerialPort port(module.portPath());
             if (!port.open(QIODevice::ReadWrite))
                 return replies;
             connect(&port, &QSerialPort::readyRead, &port, [&] { replies.append(port.readAll()); });
             port.write("PORT TCP");
-            QTest::qWait(200);
+            if (QTest::qWaitFor([&] { return replies.size() >= count; }))
+                QTest::qWait(50); // for what must not come
             return replies;
         };
         using Faults = simulator::Faults;
@@ -90,7 +91,7 @@ private slots:
         for (const auto &test : cases) {
             module.faults = {};
             test.first(module.faults);
-            QCOMPARE(sayAll(), test.second);
+            QCOMPARE(sayAll(test.second.size()), test.second);
         }
         QVERIFY(!QFile::exists(module.portPath()));
         module.comeBack();
