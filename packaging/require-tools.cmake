@@ -1,5 +1,8 @@
 # Read by cpack. Without dpkg-shlibdeps it would make packages without dependencies; newer ones ask
-# file what there is to look into.
+# file what there is to look into. Archives have no dependencies anyway.
+if(NOT CPACK_GENERATOR STREQUAL "DEB")
+  return()
+endif()
 foreach(tool dpkg-shlibdeps file)
   find_program(found_${tool} ${tool})
   if(NOT found_${tool})
