@@ -7,8 +7,6 @@
 #include <QLoggingCategory>
 #include <QThread>
 
-#include <poll.h>
-
 QString nameOf(Kind kind)
 {
     const char *names[] = {"Modbus TCP-RTU", "Modbus RTU-TCP", "Modbus universal"};
@@ -202,21 +200,23 @@ bool WindowDriver::tickCommand()
 
 bool WindowDriver::deliver(const QByteArray &bytes)
 {
+    pollfd line = windowsEnd();
     module.send(bytes);
-    return isReadable(limitMs) && comes([&] { return !isReadable(0); }, limitMs);
+    return poll(&line, 1, limitMs) == 1 && comes([&] { return isRead(line); }, limitMs);
 }
 
 bool WindowDriver::deliverWithTick(const QByteArray &bytes)
 {
+    pollfd line = windowsEnd();
     QTimer *timer = activeTimer();
     timer->setInterval(1);
     module.send(bytes);
-    const bool arrived = isReadable(limitMs);
+    const bool arrived = poll(&line, 1, limitMs) == 1;
     QThread::msleep(10);
     QCoreApplication::processEvents();
     if (timer->isActive())
         timer->setInterval(anHour);
-    return arrived && comes([&] { return !isReadable(0); }, limitMs);
+    return arrived && comes([&] { return isRead(line); }, limitMs);
 }
 
 bool WindowDriver::writeRows(int count)
@@ -242,14 +242,18 @@ bool WindowDriver::eventFilter(QObject * /*watched*/, QEvent *event)
     return false;
 }
 
-/// Whether something lies on the window's side of the line, which the module has open as well.
-bool WindowDriver::isReadable(int waitMs)
+/// The window's side of the line, which the module has open as well, to ask whether it is readable.
+pollfd WindowDriver::windowsEnd()
 {
     const QString pty = QFileInfo(module.portPath()).symLinkTarget();
     for (const QFileInfo &file : QDir("/proc/self/fd").entryInfoList(QDir::System)) {
-        pollfd line{file.fileName().toInt(), POLLIN, 0};
         if (file.symLinkTarget() == pty)
-            return poll(&line, 1, waitMs) == 1;
+            return {file.fileName().toInt(), POLLIN, 0};
     }
-    return false;
+    return {-1, POLLIN, 0};
+}
+
+bool WindowDriver::isRead(pollfd line)
+{
+    return poll(&line, 1, 0) != 1 || (line.revents & POLLIN) == 0;
 }

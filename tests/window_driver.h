@@ -5,6 +5,8 @@
 
 #include <QTest>
 
+#include <poll.h>
+
 using Kind = simulator::ModuleKind; ///< as the module has it; the program has its own
 Q_DECLARE_METATYPE(Kind)
 constexpr Kind allKinds[] = {Kind::TcpRtu, Kind::RtuTcp, Kind::Universal};
@@ -93,7 +95,8 @@ public:
 
 private:
     bool eventFilter(QObject *watched, QEvent *event) override;
-    bool isReadable(int waitMs);
+    pollfd windowsEnd();
+    static bool isRead(pollfd line);
 
     int timesReadable = 0;
 };
