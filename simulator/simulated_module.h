@@ -48,7 +48,7 @@ public:
     ModuleKind kind() const { return moduleKind; }
     QVector<QByteArray> queries() const { return queriesOf(moduleKind); }
 
-    /// Any value, as reported in replies. Without effect on a parameter that the kind does not have.
+    /// Any value, as replies report it. Without effect on a parameter that the kind does not have.
     void setValue(const QByteArray &query, const QByteArray &value);
 
     /// An unsolicited delivery, at once.
