@@ -83,7 +83,6 @@ private slots:
         QFETCH(QByteArrayList, row);
         const QString running = row[0];
         const QString end = row[1];
-        const QString all = allFields();
         WindowDriver driver(kind);
         QStringList boxes;
         for (QByteArray &box : row.mid(4))
@@ -92,6 +91,7 @@ private slots:
         if (!running.isEmpty())
             runTwoSteps(driver, running, !end.startsWith("silence"));
         driver.markAll();
+        const QString all = driver.marked().join(' ');
 
         driver.onBox = [&](QMessageBox *) {
             // The next tick is an hour away, but a loss comes through behind the box as well.
@@ -181,14 +181,6 @@ private slots:
     }
 
 private:
-    static QString allFields()
-    {
-        QStringList fields;
-        for (const ParameterCase &parameter : parametersOf(Kind::Universal))
-            fields.append(parameter.widget);
-        return fields.join(' ');
-    }
-
     /// Up to the step that looks for an answer, if there was none; a write has its second command
     /// out.
     static void runTwoSteps(WindowDriver &driver, const QString &button, bool answered)

@@ -101,32 +101,21 @@ private slots:
                  (QByteArrayList{"?", good.trimmed()}));
     }
 
-    void commandSaysWhatIsWrong_data()
-    {
-        QTest::addColumn<QStringList>("options");
-        QTest::addColumn<int>("exitCode");
-        QTest::newRow("kind") << QStringList{"--kind", "tcp"} << 2;
-        QTest::newRow("number") << QStringList{"--delay", "soon"} << 2;
-        QTest::newRow("parameter") << QStringList{"--kind", "tcp-rtu", "--refuse", "MODE TCP"} << 2;
-        QTest::newRow("answer") << QStringList{"--answer", "ip"} << 2;
-        QTest::newRow("help-all") << QStringList{"--help-all"} << 2;
-        QTest::newRow("option") << QStringList{"--loud"} << 2;
-        QTest::newRow("argument") << QStringList{"ip"} << 2;
-        QTest::newRow("link") << QStringList{"--link", "/dev/null"} << 1;
-        QTest::newRow("help") << QStringList{"--help"} << 0;
-    }
-
     void commandSaysWhatIsWrong()
     {
-        QFETCH(QStringList, options);
-        QProcess simulator;
-        if (!begin(&simulator, options))
-            QSKIP("an emulated program cannot start another one");
-        QVERIFY(simulator.waitForFinished());
-        QTEST(simulator.exitCode(), "exitCode");
-        const bool isHelp = simulator.exitCode() == 0;
-        QCOMPARE(simulator.readAllStandardError().startsWith("module-simulator: "), !isHelp);
-        QCOMPARE(simulator.readAllStandardOutput().isEmpty(), !isHelp);
+        for (const QByteArrayList &row : tableOf("options.txt")) {
+            QStringList options;
+            for (const QByteArray &option : row.mid(1))
+                options.append(option);
+            QProcess simulator;
+            if (!begin(&simulator, options))
+                QSKIP("an emulated program cannot start another one");
+            QVERIFY(simulator.waitForFinished());
+            QVERIFY2(simulator.exitCode() == row[0].toInt(), row.join('|'));
+            const bool isHelp = simulator.exitCode() == 0;
+            QCOMPARE(simulator.readAllStandardError().startsWith("module-simulator: "), !isHelp);
+            QCOMPARE(simulator.readAllStandardOutput().isEmpty(), !isHelp);
+        }
     }
 
     void commandCleansUp()

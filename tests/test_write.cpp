@@ -15,15 +15,13 @@ private slots:
         QTest::addColumn<Kind>("kind");
         QTest::addColumn<QString>("moment"); // of an acknowledgement, before or after the idle tick
         QTest::addColumn<int>("onlyRow");    // that is acknowledged
+        const QVector<QPair<QString, int>> cases{
+            {"before", 0}, {"after", 0}, {"with", 0}, {"before", 1}, {"with", 2}}; // 2: the check
         for (const Kind kind : allKinds) {
-            const auto add = [kind](const QString &moment, int onlyRow) {
-                const QString name = nameOf(kind) + ' ' + moment + ' ' + QString::number(onlyRow);
-                QTest::newRow(qPrintable(name)) << kind << moment << onlyRow;
-            };
-            for (const char *moment : {"before", "after", "with"})
-                add(moment, 0);
-            add("before", 1);
-            add("with", 2); // that tick is the check
+            for (const auto &[moment, onlyRow] : cases)
+                QTest::newRow(nameOf(kind).toUtf8() + ' ' + moment.toUtf8() + ' '
+                              + QByteArray::number(onlyRow))
+                    << kind << moment << onlyRow;
         }
     }
 

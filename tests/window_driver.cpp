@@ -156,20 +156,21 @@ void WindowDriver::markAll()
 
 QStringList WindowDriver::marked(const QString &styleSheet)
 {
-    QStringList fields;
-    for (const ParameterCase &parameter : parametersOf(Kind::Universal)) {
-        const QString has = mark(parameter.widget);
-        if (styleSheet.isEmpty() ? !has.isEmpty() : has == styleSheet)
-            fields.append(parameter.widget);
-    }
-    return fields;
+    return fieldsThat([&](const QString &field) {
+        return styleSheet.isEmpty() ? !mark(field).isEmpty() : mark(field) == styleSheet;
+    });
 }
 
 QStringList WindowDriver::filled()
 {
+    return fieldsThat([this](const QString &field) { return !text(field).isEmpty(); });
+}
+
+QStringList WindowDriver::fieldsThat(const std::function<bool(const QString &)> &holds)
+{
     QStringList fields;
     for (const ParameterCase &parameter : parametersOf(Kind::Universal)) {
-        if (!text(parameter.widget).isEmpty())
+        if (holds(parameter.widget))
             fields.append(parameter.widget);
     }
     return fields;

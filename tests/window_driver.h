@@ -95,6 +95,7 @@ public:
 
 private:
     bool eventFilter(QObject *watched, QEvent *event) override;
+    QStringList fieldsThat(const std::function<bool(const QString &)> &holds);
     pollfd windowsEnd();
     static bool isRead(pollfd line);
 
