@@ -9,17 +9,25 @@
 #include <QCommandLineParser>
 #include <QSocketNotifier>
 
+/// Help has to come without a display too, where a window's application would abort.
+static simulator::Options readOptions(int argc, char *argv[])
+{
+    const QCoreApplication application(argc, argv);
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        "Shows the configurator with a simulated module at the last port of its list.");
+    return simulator::processOptions(parser);
+}
+
 int main(int argc, char *argv[])
 {
+    const simulator::Options options = readOptions(argc, argv);
     // Before the application starts threads, which would die of the signals.
     const int end = simulator::watchForEnd();
 
     QCoreApplication::setAttribute(Qt::AA_ForceRasterWidgets); // as in the program itself
     QApplication application(argc, argv);
-    QCommandLineParser parser;
-    parser.setApplicationDescription(
-        "Shows the configurator with a simulated module at the last port of its list.");
-    simulator::SimulatedModule module(simulator::processOptions(parser));
+    simulator::SimulatedModule module(options);
 
     QSocketNotifier notifier(end, QSocketNotifier::Read);
     QObject::connect(&notifier, &QSocketNotifier::activated, &application, &QApplication::quit);
