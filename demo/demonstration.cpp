@@ -13,7 +13,6 @@
 #include <QElapsedTimer>
 #include <QLoggingCategory>
 #include <QMap>
-#include <QSettings>
 #include <QSocketNotifier>
 #include <QTemporaryDir>
 
@@ -294,8 +293,5 @@ int main(int argc, char *argv[])
         return simulator::refuseToStart("no such tick or folder", 2);
     // The traces of the window would drown the report.
     QLoggingCategory::setFilterRules("default.debug=false");
-    // File dialogs note what was chosen in them; the user's own notes are no business of this.
-    const QTemporaryDir notes;
-    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, notes.path());
     return demonstrate(options, pictures, tickMs, end);
 }

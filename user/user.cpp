@@ -9,9 +9,11 @@
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QSettings>
 #include <QStatusBar>
 
 #include <stdexcept>
+#include <utility>
 
 void offerPort(MainWindow *window, const QString &port)
 {
@@ -29,6 +31,7 @@ void offerPort(MainWindow *window, const QString &port)
 User::User()
     : timers(window.findChildren<QTimer *>(QString(), Qt::FindDirectChildrenOnly))
 {
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, notes.path());
     window.setFixedSize(MainWindow::startSize);
     lookForDialogs();
 }
@@ -50,6 +53,10 @@ void User::trigger(const QString &action, const QString &path)
 {
     pathToGive = path;
     find<QAction>(action)->trigger();
+    // What it has left for later an event loop would have removed by now.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    if (!failure.isEmpty())
+        giveUp(std::exchange(failure, QString()));
 }
 
 void User::enter(const QString &field, const QString &value)
@@ -119,13 +126,15 @@ void User::setTick(int ms)
     }
 }
 
-void User::answer(QFileDialog *dialog, const QString &path)
+bool User::answer(QFileDialog *dialog, const QString &path)
 {
     dialog->findChild<QLineEdit *>("fileNameEdit")->setText(path);
-    if (path.isEmpty())
-        dialog->reject();
-    else
+    if (!path.isEmpty())
         QMetaObject::invokeMethod(dialog, "accept"); // which QFileDialog hides
+    const bool taken = path.isEmpty() || !dialog->isVisible();
+    if (dialog->isVisible())
+        dialog->reject();
+    return taken;
 }
 
 void User::giveUp(const QString &reason)
@@ -143,8 +152,8 @@ void User::lookForDialogs()
     dialog->setProperty("seen", true);
     if (auto *fileDialog = qobject_cast<QFileDialog *>(dialog)) {
         fileDialogs.append(fileDialog->windowTitle() + ": " + fileDialog->nameFilters().join(' '));
-        if (!leavesDialogsOpen)
-            answer(fileDialog, pathToGive);
+        if (!leavesDialogsOpen && !answer(fileDialog, pathToGive))
+            giveUpWaiting("the file dialog does not take " + pathToGive);
         return;
     }
     auto *box = qobject_cast<QMessageBox *>(dialog);

@@ -2,6 +2,7 @@
 
 #include "mainwindow.h"
 
+#include <QTemporaryDir>
 #include <QTimer>
 
 #include <functional>
@@ -30,7 +31,8 @@ public:
 
     void choosePort(const QString &port); ///< also one that is not on the list
     void click(const QString &button);
-    /// Uses a command of the menu. A file dialog is given the path, or cancelled for want of one.
+    /// Uses a command of the menu. A file dialog is given the path, which it has to take, or
+    /// cancelled for want of one.
     void trigger(const QString &action, const QString &path = QString());
     /// Into a line edit; the item of a combo box that says so; "checked" or "unchecked".
     void enter(const QString &field, const QString &value);
@@ -43,7 +45,7 @@ public:
 
     void waitFor(const QString &what, const std::function<bool()> &done, int limitMs = 30000);
     bool comes(const std::function<bool()> &done, int limitMs); ///< instead of throwing
-    /// Ends the next, or the present, waitFor().
+    /// Ends the next, or the present, waitFor() or trigger().
     void giveUpWaiting(const QString &reason) { failure = reason; }
     void setTick(int ms); ///< of the sequences that are running, instead of a second
 
@@ -56,7 +58,8 @@ public:
     MainWindow window;
     const QList<QTimer *> timers; ///< of the sequences: read, write, read, write
 
-    static void answer(QFileDialog *dialog, const QString &path);
+    /// Gives it the path, or cancels it for want of one. Whether the dialog took that.
+    static bool answer(QFileDialog *dialog, const QString &path);
 
 private:
     [[noreturn]] static void giveUp(const QString &reason);
@@ -64,4 +67,5 @@ private:
 
     QString pathToGive;
     QString failure;
+    const QTemporaryDir notes; ///< instead of the user's own, of what file dialogs were given
 };
