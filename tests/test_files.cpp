@@ -6,6 +6,7 @@
 #include <QDir>
 
 #include <memory>
+#include <stdexcept>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -140,6 +141,11 @@ private slots:
         QCOMPARE(driver->boxes, (QStringList{box::noFile, box::noFile, box::noFile}));
         QCOMPARE(driver->text("lineEdit_ip"), QString("1.2.3.4"));
         QCOMPARE(files(), QStringList{"copy.TRset"});
+    }
+
+    void userGivesUpOnAFileThatIsNotThere()
+    {
+        QVERIFY_EXCEPTION_THROWN(driver->trigger("action_open_2", site), std::runtime_error);
     }
 
     void leavesUnwritableTargetsAlone()
