@@ -10,7 +10,26 @@
 #include <cstdlib>
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <unistd.h>
+
+#ifdef __SANITIZE_ADDRESS__
+extern "C" size_t __sanitizer_get_current_allocated_bytes(); // in no header that GCC brings
+#endif
+
+/// Without what is freed and kept for later, which is for the allocator to say.
+static qint64 bytesInUse()
+{
+#ifdef __SANITIZE_ADDRESS__
+    return static_cast<qint64>(__sanitizer_get_current_allocated_bytes());
+#else
+#pragma GCC diagnostic push // what takes its place is younger than our oldest C library
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+    const struct mallinfo info = mallinfo();
+#pragma GCC diagnostic pop
+    return static_cast<qint64>(info.uordblks) + info.hblkhd;
+#endif
+}
 
 class TestLink : public QObject {
     Q_OBJECT
@@ -99,8 +118,9 @@ private slots:
                 driver.module.hangUp();
                 QTRY_COMPARE(driver.boxes, boxes);
             }
-            // The library would report a dead port about a million times a second.
-            QVERIFY(driver.readiness(20) < 100);
+            // Closed first: the library would report a dead port about a million times a second.
+            if (driver.boxes.last() == box::portLost)
+                QVERIFY(driver.state().startsWith("Disconnected"));
         };
         bringAbout(driver, end);
         QTRY_COMPARE(driver.boxes, boxes);
@@ -163,15 +183,14 @@ private slots:
 
         QTRY_COMPARE(driver.mark("lineEdit_MAC"), green); // with what the flood brings
 
-        const auto memoryPages = [] { return contentOf("/proc/self/statm").split(' ')[1].toInt(); };
-        const int pagesBefore = memoryPages();
+        const qint64 before = bytesInUse();
         for (int clicks = 0; clicks < 100; ++clicks) { // none waits for the flood to end
             QTest::qWait(20);
             driver.click("scan_parameters");
         }
-        QVERIFY(memoryPages() - pagesBefore < 5000);
+        QVERIFY(bytesInUse() - before < 1 << 20);
 
-        simulator.kill();
+        simulator.terminate();
         QVERIFY(simulator.waitForFinished());
         QTRY_COMPARE(driver.text("connect"), QString("Cоединиться"));
         QTRY_VERIFY(!QApplication::activeModalWidget());
@@ -194,6 +213,17 @@ private:
         }
     }
 
+    static void bringToTheEnd(WindowDriver &driver)
+    {
+        while (driver.activeTimer())
+            driver.tick();
+        if (driver.boxes.isEmpty())
+            return;
+        // Sent at once, the commands arrive as one that makes no sense, which has to be over.
+        const QByteArray restart = writeCommandsOf(driver.module.kind()).last();
+        QTRY_VERIFY(driver.commands.last().endsWith(restart));
+    }
+
     static void bringAbout(WindowDriver &driver, const QString &end)
     {
         if (end == "expected loss")
@@ -205,8 +235,7 @@ private:
         else if (end.startsWith("silence"))
             driver.tick(); // returns when the box is closed
         else if (end == "last tick")
-            while (driver.activeTimer())
-                driver.tick();
+            bringToTheEnd(driver);
         else
             driver.click(end);
     }

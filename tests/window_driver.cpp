@@ -97,7 +97,6 @@ WindowDriver::WindowDriver(Kind kind)
     : module(simulator::Options{kind})
 {
     QLoggingCategory::setFilterRules("default.debug=false\ndefault.warning=false");
-    qApp->installEventFilter(this);
     module.faults.delayMs = 1;
     module.restartMs = 50;
     connect(&module, &simulator::SimulatedModule::commandReceived, this,
@@ -228,19 +227,6 @@ bool WindowDriver::writeRows(int count)
         tick();
     }
     return true;
-}
-
-int WindowDriver::readiness(int ms)
-{
-    const int before = timesReadable;
-    QTest::qWait(ms);
-    return timesReadable - before;
-}
-
-bool WindowDriver::eventFilter(QObject * /*watched*/, QEvent *event)
-{
-    timesReadable += event->type() == QEvent::SockAct ? 1 : 0;
-    return false;
 }
 
 /// The window's side of the line, which the module has open as well, to ask whether it is readable.

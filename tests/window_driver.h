@@ -87,17 +87,12 @@ public:
     /// The same, while the window's thread is held up until the next tick is due as well.
     bool deliverWithTick(const QByteArray &bytes);
     bool writeRows(int count); ///< of a write that was started, each acknowledged
-    /// How often any line has been found readable in that time.
-    int readiness(int ms);
 
     simulator::SimulatedModule module;
     QByteArrayList commands; ///< that the module received
 
 private:
-    bool eventFilter(QObject *watched, QEvent *event) override;
     QStringList fieldsThat(const std::function<bool(const QString &)> &holds);
     pollfd windowsEnd();
     static bool isRead(pollfd line);
-
-    int timesReadable = 0;
 };
