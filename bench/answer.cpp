@@ -1,6 +1,7 @@
 // How long the window takes to answer a click while a read is going on, which is when a module may
 // flood it. Prints the median and the longest, in µs.
 
+#include "application.h"
 #include "user.h"
 
 #include <QApplication>
@@ -48,7 +49,7 @@ void measure(User *user, const QString &port)
 
 int main(int argc, char *argv[])
 {
-    QCoreApplication::setAttribute(Qt::AA_ForceRasterWidgets);
+    prepareApplication();
     QApplication application(argc, argv);
     QLoggingCategory::setFilterRules("default.debug=false");
     try {

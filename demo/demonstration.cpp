@@ -1,6 +1,7 @@
 // A user who reads a simulated module, writes new values into it and reads it again, saves the new
 // values to a file and loads them from there, and in the end says how all this went.
 
+#include "application.h"
 #include "simulator_options.h"
 #include "termination.h"
 #include "texts.h"
@@ -276,6 +277,7 @@ int main(int argc, char *argv[])
     // Before the application starts threads, which would die of the signals.
     const int end = simulator::watchForEnd();
 
+    prepareApplication();
     QApplication application(argc, argv);
     QCommandLineParser parser;
     parser.setApplicationDescription("Plays a user at the configurator, with a simulated module: "

@@ -1,5 +1,6 @@
 // The configurator with a simulated module at the last port of its list, to try it out with.
 
+#include "application.h"
 #include "simulator_options.h"
 #include "termination.h"
 #include "user.h"
@@ -25,8 +26,9 @@ int main(int argc, char *argv[])
     // Before the application starts threads, which would die of the signals.
     const int end = simulator::watchForEnd();
 
-    QCoreApplication::setAttribute(Qt::AA_ForceRasterWidgets); // as in the program itself
+    prepareApplication();
     QApplication application(argc, argv);
+    dressApplication();
     simulator::SimulatedModule module(options);
 
     QSocketNotifier notifier(end, QSocketNotifier::Read);

@@ -1,5 +1,7 @@
 #include "user.h"
 
+#include "application.h"
+
 #include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
@@ -32,6 +34,7 @@ User::User()
     : timers(window.findChildren<QTimer *>(QString(), Qt::FindDirectChildrenOnly))
 {
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, notes.path());
+    dressApplication();
     window.setFixedSize(MainWindow::startSize);
     lookForDialogs();
 }
