@@ -3,6 +3,7 @@
 #include "texts.h"
 #include "ui_mainwindow.h"
 
+#include <QStatusTipEvent>
 #include <QTimer>
 
 MainWindow::MainWindow(QWidget *parent)
@@ -40,6 +41,12 @@ MainWindow::~MainWindow()
         changeTimer->stop();
         changeModeTimer->stop();
     }
+}
+
+/// Keeps the status. No action has a status tip, so what the menu sends of them is always empty.
+bool MainWindow::event(QEvent *event)
+{
+    return event->type() == QEvent::StatusTip || QMainWindow::event(event);
 }
 
 void MainWindow::createTimer(QTimer *&timer, const char *tickSlot)

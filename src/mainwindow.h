@@ -23,6 +23,9 @@ public:
     explicit MainWindow(QWidget *parent = nullptr);
     ~MainWindow() override;
 
+protected:
+    bool event(QEvent *event) override;
+
 private slots:
     void universal_show(int index);
     void on_scanport_clicked();
