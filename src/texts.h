@@ -43,7 +43,10 @@ constexpr char currentFile[] = "Текущий файл (%1)";
 
 // File dialogs.
 constexpr char settings[] = "Настройки";
-constexpr char settingsFilter[] = "TCP_RTU settings (*.TRset);";
+// With its last semicolon the filter alone matches nothing; a second one makes a separator of it,
+// and finds what was saved without the ending as well.
+constexpr char settingsFilter[] = "TCP_RTU settings (*.TRset);"
+                                  ";Все файлы (*)";
 
 } // namespace text
 

@@ -3,7 +3,10 @@
 #include "setting_module.h"
 #include "window_driver.h"
 
+#include <QApplication>
 #include <QDir>
+#include <QFileDialog>
+#include <QListView>
 
 #include <memory>
 #include <stdexcept>
@@ -72,7 +75,8 @@ private slots:
             driver->trigger("action_save", site);
             QCOMPARE(contentOf(site), defaults);
         }
-        QCOMPARE(driver->fileDialogs.last(), QString("Настройки: TCP_RTU settings (*.TRset);"));
+        QCOMPARE(driver->fileDialogs.last(),
+                 QString("Настройки: TCP_RTU settings (*.TRset) Все файлы (*)"));
         QCOMPARE(files(), QStringList{"site.TRset"});
 
         put(site, "[General]\nMASK=1\nOwner=me\n\n[Site]\nRoom=12\n"); // with keys of others
@@ -141,6 +145,35 @@ private slots:
         QCOMPARE(driver->boxes, (QStringList{box::noFile, box::noFile, box::noFile}));
         QCOMPARE(driver->text("lineEdit_ip"), QString("1.2.3.4"));
         QCOMPARE(files(), QStringList{"copy.TRset"});
+    }
+
+    void dialogsListSettingsFiles()
+    {
+        put(site, others);
+        put("notes.txt", "");
+        const auto look = [](QFileDialog *dialog) {
+            auto *list = dialog->findChild<QListView *>("listView");
+            const auto listed = [list] {
+                QStringList names;
+                for (int row = 0; row < list->model()->rowCount(list->rootIndex()); ++row)
+                    names.append(list->model()->index(row, 0, list->rootIndex()).data().toString());
+                return names.join(' ');
+            };
+            dialog->setDirectory(QDir::current());
+            QTRY_COMPARE(listed(), QString("site.TRset"));
+            dialog->selectNameFilter(dialog->nameFilters()[1]);
+            QTRY_COMPARE(listed(), QString("notes.txt site.TRset"));
+        };
+        for (const char *action : {"action_open_2", "action_save"}) {
+            driver->leavesDialogsOpen = true;
+            QTimer::singleShot(0, [&] {
+                auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+                look(dialog);
+                driver->leavesDialogsOpen = false;
+                dialog->reject();
+            });
+            driver->trigger(action);
+        }
     }
 
     void userGivesUpOnAFileThatIsNotThere()
