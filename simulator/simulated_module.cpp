@@ -118,7 +118,7 @@ void SimulatedModule::reply(const QByteArray &bytes)
         deliveries.append(QByteArray::fromHex(noiseHex));
     if (faults.empty)
         deliveries.append("\r\n");
-    const int firstPart = faults.split ? bytes.size() / 2 : 0;
+    const auto firstPart = faults.split ? bytes.size() / 2 : 0;
     if (firstPart > 0)
         deliveries.append(bytes.left(firstPart));
     deliveries.append(bytes.mid(firstPart));

@@ -64,7 +64,7 @@ bool readAnswers(const QCommandLineParser &parser, Options *options, QString *er
     const QStringList answers = parser.values("answer");
     for (const QString &answer : answers) {
         const QByteArray text = answer.toUtf8();
-        const int equals = text.indexOf('=');
+        const auto equals = text.indexOf('=');
         if (equals < 0)
             *error = QString("--answer takes NAME=VALUE, not \"%1\"").arg(answer);
         else if (checkParameter(options->kind, text.left(equals), error))

@@ -100,7 +100,7 @@ void MainWindow::writeStep(ModuleKind kind)
     const QVector<const Parameter *> written = writeList(kind);
     const Sequence sequence = writeSequence(dialectOf(kind));
     const int step = sequence.step++;
-    const int lastStep = 2 * written.size();
+    const auto lastStep = 2 * written.size();
 
     const char *marker = traceMarker(step);
     if (kind == ModuleKind::Universal && marker)

@@ -140,6 +140,6 @@ void setting_module::SaveNTSetting(QString FileName)
     settings->sync();
     if (settings->status() == QSettings::AccessError)
         return;
-    if (const std::optional<QByteArray> content = contentOf(settings->fileName()))
+    if (const std::optional<QByteArray> content = contentOf(QFileInfo(settings->fileName())))
         replace(file, *content);
 }
