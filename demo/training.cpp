@@ -1,10 +1,11 @@
 // The configurator with a simulated module at the last port of its list, to try it out with.
 
 #include "application.h"
+#include "mainwindow.h"
 #include "simulator_options.h"
 #include "termination.h"
-#include "user.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QComboBox>
 #include <QCommandLineParser>
@@ -18,6 +19,20 @@ static simulator::Options readOptions(int argc, char *argv[])
     parser.setApplicationDescription(
         "Shows the configurator with a simulated module at the last port of its list.");
     return simulator::processOptions(parser);
+}
+
+/// Puts a port on the window's list, now and whenever that is filled anew, and selects it.
+static void offerPort(MainWindow *window, const QString &port)
+{
+    auto *ports = window->findChild<QComboBox *>("serialPortInfoListBox");
+    const auto offer = [ports, port] {
+        ports->addItem(port);
+        ports->setCurrentIndex(ports->count() - 1);
+    };
+    offer();
+    // The window's own slot has refilled the list by then.
+    QObject::connect(window->findChild<QAbstractButton *>("scanport"), &QAbstractButton::clicked,
+                     window, offer);
 }
 
 int main(int argc, char *argv[])

@@ -17,19 +17,6 @@
 #include <stdexcept>
 #include <utility>
 
-void offerPort(MainWindow *window, const QString &port)
-{
-    auto *ports = window->findChild<QComboBox *>("serialPortInfoListBox");
-    const auto offer = [ports, port] {
-        ports->addItem(port);
-        ports->setCurrentIndex(ports->count() - 1);
-    };
-    offer();
-    // The window's own slot has refilled the list by then.
-    QObject::connect(window->findChild<QAbstractButton *>("scanport"), &QAbstractButton::clicked,
-                     window, offer);
-}
-
 User::User()
     : timers(window.findChildren<QTimer *>(QString(), Qt::FindDirectChildrenOnly))
 {

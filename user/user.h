@@ -10,9 +10,6 @@
 class QFileDialog;
 class QMessageBox;
 
-/// Puts a port on the window's list, now and whenever that is filled anew, and selects it.
-void offerPort(MainWindow *window, const QString &port);
-
 /// Somebody who uses the window: finds its parts by the names that they have in the form, clicks,
 /// types, looks, waits, and deals with the message boxes and file dialogs that open.
 ///
@@ -49,7 +46,7 @@ public:
     void giveUpWaiting(const QString &reason) { failure = reason; }
     void setTick(int ms); ///< of the sequences that are running, instead of a second
 
-    /// What is done while a box is open. Afterwards it is closed; what asks is agreed to.
+    /// Called for each box that opens, while it is open; then the box is closed.
     std::function<void(QMessageBox *)> onBox = [](QMessageBox *) {};
     bool leavesDialogsOpen = false;
     QStringList boxes;       ///< "title: text" of each that opened
