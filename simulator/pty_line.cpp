@@ -10,6 +10,8 @@
 #include <cstring>
 
 #include <fcntl.h>
+#include <sys/inotify.h>
+#include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -40,9 +42,15 @@ bool PtyLine::open()
         hangUp();
         return false;
     }
-    notifier = new QSocketNotifier(master, QSocketNotifier::Read, this);
-    connect(notifier, &QSocketNotifier::activated, this, [this] { readAll(); });
+    watch(master, &PtyLine::readAll);
+    watch(closings, &PtyLine::freeSlave);
     return true;
+}
+
+void PtyLine::watch(int descriptor, void (PtyLine::*react)())
+{
+    auto *notifier = new QSocketNotifier(descriptor, QSocketNotifier::Read, this);
+    connect(notifier, &QSocketNotifier::activated, this, react);
 }
 
 bool PtyLine::openPty()
@@ -63,6 +71,9 @@ bool PtyLine::openPty()
     cfmakeraw(&settings);
     if (tcsetattr(slave, TCSANOW, &settings) != 0)
         return fail(QString("cannot set up %1").arg(ptyPath));
+    closings = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    if (inotify_add_watch(closings, name, IN_CLOSE) < 0)
+        return fail(QString("cannot watch %1").arg(ptyPath));
     return true;
 }
 
@@ -95,6 +106,14 @@ void PtyLine::readAll()
         emit received(bytes);
 }
 
+/// Whoever has the port to himself and is killed would keep it so, as the line is still open here.
+void PtyLine::freeSlave()
+{
+    char events[512];
+    while (::read(closings, events, sizeof events) > 0) { }
+    ioctl(slave, TIOCNXCL);
+}
+
 void PtyLine::write(const QByteArray &bytes)
 {
     int done = 0;
@@ -109,20 +128,19 @@ void PtyLine::write(const QByteArray &bytes)
 
 void PtyLine::hangUp()
 {
-    if (notifier) {
+    for (auto *notifier : findChildren<QSocketNotifier *>()) {
         // It may be the one that is calling just now.
         notifier->setEnabled(false);
         notifier->deleteLater();
-        notifier = nullptr;
     }
     // The name may have been taken over by another line in the meantime.
     const QFileInfo link(linkPath);
     if (isOpen() && link.isSymLink() && link.symLinkTarget() == ptyPath)
         QFile::remove(linkPath);
-    for (int *end : {&slave, &master}) {
-        if (*end >= 0)
-            ::close(*end);
-        *end = -1;
+    for (int *descriptor : {&closings, &slave, &master}) {
+        if (*descriptor >= 0)
+            ::close(*descriptor);
+        *descriptor = -1;
     }
 }
 

@@ -5,8 +5,6 @@
 
 #include <memory>
 
-class QSocketNotifier;
-
 namespace simulator {
 
 /// The module's end of a serial line: a pseudo-terminal whose other end is opened, like any serial
@@ -26,6 +24,9 @@ public:
     QString errorString() const { return message; }
 
     QString path() const { return linkPath; }
+    /// The descriptor of the end that others open, which this holds open too; readable for as long
+    /// as they have not read what was written. -1 while the line is hung up.
+    int farEnd() const { return slave; }
 
     /// Never blocks: what the line cannot take is lost, as from a UART that nobody reads.
     void write(const QByteArray &bytes);
@@ -41,7 +42,9 @@ private:
     bool openPty();
     bool makeLink();
     bool fail(const QString &what);
+    void watch(int descriptor, void (PtyLine::*react)());
     void readAll();
+    void freeSlave();
 
     std::unique_ptr<QTemporaryDir> folder;
     QString linkPath;
@@ -49,7 +52,7 @@ private:
     QString message;
     int master = -1;
     int slave = -1;
-    QSocketNotifier *notifier = nullptr;
+    int closings = -1; ///< tells when someone closes the far end
 };
 
 } // namespace simulator

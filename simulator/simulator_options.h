@@ -6,8 +6,8 @@ class QCommandLineParser;
 
 namespace simulator {
 
-/// Of the running program, whose own options the parser has already. Help ends it, and so does,
-/// with exit code 2, what makes no sense.
+/// Reads the options that the running program was given; the parser may know some more, its own.
+/// Ends the program if they ask for help, with exit code 0, or make no sense, with 2 and a message.
 Options processOptions(QCommandLineParser &parser);
 
 /// For main to return: says on the standard error output why the program does not start.

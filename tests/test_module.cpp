@@ -6,6 +6,10 @@
 
 #include <csignal>
 
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
 class TestModule : public QObject {
     Q_OBJECT
 
@@ -65,7 +69,7 @@ private slots:
     {
         simulator::SimulatedModule module(simulator::Options{Kind::Universal});
         QVERIFY(module.start());
-        const auto sayAll = [&](int count) {
+        const auto sayAll = [&](auto count) {
             QByteArrayList replies;
             QSerialPort port(module.portPath());
             if (!port.open(QIODevice::ReadWrite))
@@ -78,27 +82,39 @@ private slots:
         };
         using Faults = simulator::Faults;
         const QByteArray good = "PORT TCP 502\r\n";
-        const QVector<QPair<std::function<void(Faults &)>, QByteArrayList>> cases{
-            {[](Faults &) {}, {good}},
-            {[](Faults &faults) { faults.split = true; }, {"PORT TC", "P 502\r\n"}},
-            {[](Faults &faults) { faults.empty = true; }, {"\r\n", good}},
-            {[](Faults &faults) { faults.garbage = true; },
-             {QByteArray::fromHex("a71b5b33316d3f00ffc3288007fe9c41"), good}},
-            {[](Faults &faults) { faults.answers["PORT TCP"] = "x"; }, {"PORT TCP x\r\n"}},
-            {[](Faults &faults) { faults.silent = true; }, {}},
-            {[](Faults &faults) { faults.hangUpAfter = 1; }, {}},
+        const QVector<QPair<bool Faults::*, QByteArrayList>> cases{
+            {&Faults::split, {"PORT TC", "P 502\r\n"}},
+            {&Faults::empty, {"\r\n", good}},
+            {&Faults::garbage, {QByteArray::fromHex("a71b5b33316d3f00ffc3288007fe9c41"), good}},
+            {&Faults::silent, {}},
         };
-        for (const auto &test : cases) {
+        for (const auto &[fault, replies] : cases) {
             module.faults = {};
-            test.first(module.faults);
-            QCOMPARE(sayAll(test.second.size()), test.second);
+            module.faults.*fault = true;
+            QCOMPARE(sayAll(replies.size()), replies);
         }
+        module.faults = {};
+        module.faults.answers["PORT TCP"] = "x";
+        QCOMPARE(sayAll(1), QByteArrayList{"PORT TCP x\r\n"});
+        module.faults.hangUpAfter = 1;
+        QCOMPARE(sayAll(0), QByteArrayList());
         QVERIFY(!QFile::exists(module.portPath()));
         module.comeBack();
         module.faults = {};
         module.faults.refuse = "PORT TCP";
         QCOMPARE(talk(&module, {"CHANGE PORT TCP:10000", "PORT TCP"}),
                  (QByteArrayList{"?", good.trimmed()}));
+    }
+
+    void takesTheNextProgramAfterOneWasKilled()
+    {
+        simulator::SimulatedModule module(simulator::Options{});
+        QVERIFY(module.start());
+        const int killed = open(module.portPath().toUtf8(), O_RDWR | O_NOCTTY);
+        QCOMPARE(ioctl(killed, TIOCEXCL), 0);
+        close(killed); // by the system, which leaves the line exclusive
+        int exclusive = 1;
+        QTRY_VERIFY(ioctl(module.farEnd(), TIOCGEXCL, &exclusive) == 0 && exclusive == 0);
     }
 
     void commandSaysWhatIsWrong()
