@@ -3,33 +3,19 @@
 #include "window_driver.h"
 
 #include <QAbstractButton>
-#include <QElapsedTimer>
 #include <QMessageBox>
 
 class TestWrite : public QObject {
     Q_OBJECT
 
 private slots:
-    void writesEveryRow_data()
-    {
-        QTest::addColumn<Kind>("kind");
-        QTest::addColumn<QString>("moment"); // of an acknowledgement, before or after the idle tick
-        QTest::addColumn<int>("onlyRow");    // that is acknowledged
-        const QVector<QPair<QString, int>> cases{
-            {"before", 0}, {"after", 0}, {"with", 0}, {"before", 1}, {"with", 2}}; // 2: the check
-        for (const Kind kind : allKinds) {
-            for (const auto &[moment, onlyRow] : cases)
-                QTest::newRow(nameOf(kind).toUtf8() + ' ' + moment.toUtf8() + ' '
-                              + QByteArray::number(onlyRow))
-                    << kind << moment << onlyRow;
-        }
-    }
-
+    void writesEveryRow_data() { addRowsOf("acknowledgements.txt"); }
     void writesEveryRow()
     {
         QFETCH(Kind, kind);
-        QFETCH(QString, moment);
-        QFETCH(int, onlyRow);
+        QFETCH(QByteArrayList, row);
+        const QByteArray moment = row[0];
+        const int onlyRow = row[1].toInt();
         WindowDriver driver(kind);
         driver.prepare();
         driver.start("applyButton");
@@ -72,23 +58,6 @@ private slots:
             driver.tick();
         QCOMPARE(driver.state(), state::writing);
         QCOMPARE(driver.boxes.size(), 1);
-    }
-
-    void writesByTheRealClock()
-    {
-        WindowDriver driver;
-        driver.prepare();
-        driver.module.faults.silent = false;
-        QVector<qint64> times;
-        QElapsedTimer clock;
-        connect(&driver.module, &simulator::SimulatedModule::commandReceived,
-                [&] { times.append(clock.elapsed()); });
-        clock.start();
-        driver.click("applyButton");
-        QTRY_COMPARE_WITH_TIMEOUT(driver.boxes.size(), 1, 50000);
-        QTRY_COMPARE(driver.commands, writeCommandsOf(Kind::Universal));
-        for (int i = 0; i < times.size(); ++i) // never early; a busy machine may be late
-            QVERIFY2(times[i] > 940LL * (2 * i + 1), qPrintable(QString::number(times[i])));
     }
 
     void sendsWhatTheFormShows_data() { addKindRows(); }
@@ -152,20 +121,12 @@ private slots:
         }
     }
 
-    void restartsAndResets_data()
-    {
-        QTest::addColumn<QString>("answer"); // to what only the factory reset asks
-        QTest::addColumn<QByteArrayList>("commands");
-        QTest::newRow("restart") << QString() << QByteArrayList{"RESET"};
-        QTest::newRow("yes") << QString("Да") << QByteArrayList{"LOAD SETTING:DEFAULT"};
-        QTest::newRow("no") << QString("Нет") << QByteArrayList{};
-        QTest::newRow("Esc") << QString("Esc") << QByteArrayList{};
-    }
-
+    void restartsAndResets_data() { addRowsOf("resets.txt"); }
     void restartsAndResets()
     {
-        QFETCH(QString, answer);
-        QFETCH(QByteArrayList, commands);
+        QFETCH(QByteArrayList, row);
+        const QString answer = row[1];
+        const QByteArrayList commands = row.mid(2);
         for (const bool writing : {false, true}) {
             WindowDriver driver;
             driver.prepare();
@@ -183,7 +144,7 @@ private slots:
                         button->click();
                 }
             };
-            driver.click(answer.isEmpty() ? "Reset" : "reset_allparameters");
+            driver.click(row[0]);
             QCOMPARE(driver.boxes.join(""), answer.isEmpty() ? "" : box::factoryReset);
             QCOMPARE(driver.state(), before);
 

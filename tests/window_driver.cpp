@@ -2,10 +2,11 @@
 
 #include <QApplication>
 #include <QComboBox>
-#include <QDir>
 #include <QLineEdit>
 #include <QLoggingCategory>
 #include <QThread>
+
+#include <poll.h>
 
 QString nameOf(Kind kind)
 {
@@ -179,6 +180,7 @@ void WindowDriver::start(const QString &button)
 {
     click(button);
     QVERIFY(activeTimer());
+    QCOMPARE(activeTimer()->interval(), 1000);
     setTick(anHour);
 }
 
@@ -193,30 +195,28 @@ void WindowDriver::tick()
 
 bool WindowDriver::tickCommand()
 {
-    const int before = commands.size();
+    const auto before = commands.size();
     tick();
     return comes([&] { return commands.size() > before; }, limitMs);
 }
 
 bool WindowDriver::deliver(const QByteArray &bytes)
 {
-    pollfd line = windowsEnd();
     module.send(bytes);
-    return poll(&line, 1, limitMs) == 1 && comes([&] { return isRead(line); }, limitMs);
+    return hasUnread(limitMs) && comes([this] { return !hasUnread(0); }, limitMs);
 }
 
 bool WindowDriver::deliverWithTick(const QByteArray &bytes)
 {
-    pollfd line = windowsEnd();
     QTimer *timer = activeTimer();
     timer->setInterval(1);
     module.send(bytes);
-    const bool arrived = poll(&line, 1, limitMs) == 1;
+    const bool arrived = hasUnread(limitMs);
     QThread::msleep(10);
     QCoreApplication::processEvents();
     if (timer->isActive())
         timer->setInterval(anHour);
-    return arrived && comes([&] { return isRead(line); }, limitMs);
+    return arrived && comes([this] { return !hasUnread(0); }, limitMs);
 }
 
 bool WindowDriver::writeRows(int count)
@@ -229,18 +229,8 @@ bool WindowDriver::writeRows(int count)
     return true;
 }
 
-/// The window's side of the line, which the module has open as well, to ask whether it is readable.
-pollfd WindowDriver::windowsEnd()
+bool WindowDriver::hasUnread(int waitMs)
 {
-    const QString pty = QFileInfo(module.portPath()).symLinkTarget();
-    for (const QFileInfo &file : QDir("/proc/self/fd").entryInfoList(QDir::System)) {
-        if (file.symLinkTarget() == pty)
-            return {file.fileName().toInt(), POLLIN, 0};
-    }
-    return {-1, POLLIN, 0};
-}
-
-bool WindowDriver::isRead(pollfd line)
-{
-    return poll(&line, 1, 0) != 1 || (line.revents & POLLIN) == 0;
+    pollfd line{module.farEnd(), POLLIN, 0};
+    return poll(&line, 1, waitMs) == 1 && (line.revents & POLLIN) != 0;
 }

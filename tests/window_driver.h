@@ -5,8 +5,6 @@
 
 #include <QTest>
 
-#include <poll.h>
-
 using Kind = simulator::ModuleKind; ///< as the module has it; the program has its own
 Q_DECLARE_METATYPE(Kind)
 constexpr Kind allKinds[] = {Kind::TcpRtu, Kind::RtuTcp, Kind::Universal};
@@ -93,6 +91,6 @@ public:
 
 private:
     QStringList fieldsThat(const std::function<bool(const QString &)> &holds);
-    pollfd windowsEnd();
-    static bool isRead(pollfd line);
+    /// Whether the window has something to read, or has so within that time.
+    bool hasUnread(int waitMs);
 };
