@@ -2,9 +2,9 @@
 
 class QByteArray;
 
-/// Whether a value in the text of an INI file names an object, "@Variant(…)" or "@DateTime(…)",
-/// which the reader of QSettings would build, of whatever type and size the file says.
+/// Whether the reader of QSettings might build an object, of whatever type and size the file says,
+/// from a value in this text of an INI file: "@Variant(…)" or "@DateTime(…)", in any spelling.
 ///
-/// Sees the text as that reader does, in any key of any section. In doubt, the answer is yes; but a
-/// text that QSettings has written is never taken for an object, whatever it says.
+/// Every value that begins with a single "@" counts, and inside texts and comments every "@" behind
+/// a comma or an equals sign does too: rather a text such as "a,@b" than an object that passes.
 bool namesObject(const QByteArray &ini);
