@@ -46,8 +46,7 @@ void read(const QSettings &settings, const char *key, int &member)
     member = settings.value(key, 0).toInt();
 }
 
-/// What a settings file holds; none if it cannot be read, names objects, or is nothing that could
-/// be read at once.
+/// What a file holds; none if it cannot be read, or is nothing that could be read at once.
 std::optional<QByteArray> contentOf(const QFileInfo &info)
 {
     constexpr qint64 mostBytes = 1 << 20; // some thousand times a settings file
@@ -57,7 +56,7 @@ std::optional<QByteArray> contentOf(const QFileInfo &info)
     if (!file.open(QIODevice::ReadOnly))
         return std::nullopt;
     const QByteArray content = file.read(info.size());
-    if (content.size() != info.size() || namesObject(content))
+    if (content.size() != info.size())
         return std::nullopt;
     return content;
 }
@@ -96,7 +95,9 @@ setting_module::~setting_module()
 /// in a cache of the process, by file name, to write it when a file of that name is opened next.
 bool setting_module::open(const QFileInfo &file)
 {
-    const std::optional<QByteArray> content = file.exists() ? contentOf(file) : QByteArray();
+    std::optional<QByteArray> content = file.exists() ? contentOf(file) : QByteArray();
+    if (content && namesObject(*content))
+        content.reset();
     delete settings;
     scratch = std::make_unique<QTemporaryDir>();
     QFile copy(scratch->filePath("copy"));
@@ -104,6 +105,12 @@ bool setting_module::open(const QFileInfo &file)
     // A load does not need room for a copy.
     settings =
         new QSettings(content && !copied ? file.filePath() : copy.fileName(), QSettings::IniFormat);
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+    // Letters that take several bytes come from Qt 6 or an editor; Qt 5 itself writes escapes.
+    const QString text = QString::fromUtf8(content.value_or(QByteArray()));
+    if (content && text.size() < content->size() && text.toUtf8() == *content)
+        settings->setIniCodec("UTF-8");
+#endif
     return content && copied;
 }
 
