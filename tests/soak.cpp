@@ -1,13 +1,12 @@
 // A seeded monkey: uses the window and its menu at random while the module misbehaves at random,
 // and after each action looks whether what the window shows is what it does.
 
-#include "window_driver.h"
+#include "user_with_module.h"
 
 #include <QAbstractButton>
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QRandomGenerator>
@@ -28,11 +27,10 @@ public:
         : seed(seedNumber)
         , random(seedNumber)
         , count(actionCount)
-        , driver(kind)
+        , user(kind)
     {
         QDir::setCurrent(folder.path());
-        driver.leavesDialogsOpen = true;
-        clock.start();
+        user.leavesDialogsOpen = true;
         act();
     }
 
@@ -47,9 +45,6 @@ private:
     /// The choice follows from the seed alone; what makes no sense just then is left undone.
     void act()
     {
-        if (clock.elapsed() - lastActMs > 5000)
-            fail("the event loop stood still");
-        lastActMs = clock.elapsed();
         const bool over = done.size() == count;
         QWidget *dialog = QApplication::activeModalWidget();
         if (over && !dialog) {
@@ -76,23 +71,23 @@ private:
         const ParameterCase field = oneOf(parametersOf(Kind::Universal), number);
         const int choice = static_cast<int>(number % 30);
         if (action.startsWith("action"))
-            driver.trigger(action);
-        else if (action == "kind" && driver.isEnabled("conbox0"))
-            driver.find<QComboBox>("conbox0")->setCurrentIndex(choice % 3);
+            user.trigger(action);
+        else if (action == "kind" && user.isEnabled("conbox0"))
+            user.find<QComboBox>("conbox0")->setCurrentIndex(choice % 3);
         else if (action == "ticks")
-            driver.setTick(8 + choice);
-        else if (action == "edit" && driver.isEnabled(field.widget))
-            driver.enter(field.widget,
-                         field.widget[0] == 'l' && choice > 9 ? "\u0439" : field.inForm);
-        else if (driver.window.findChild<QAbstractButton *>(action) && driver.isVisible(action))
-            driver.click(action);
+            user.setTick(8 + choice);
+        else if (action == "edit" && user.isEnabled(field.widget))
+            user.enter(field.widget,
+                       field.widget[0] == 'l' && choice > 9 ? "\u0439" : field.inForm);
+        else if (user.window.findChild<QAbstractButton *>(action) && user.isVisible(action))
+            user.click(action);
         if (action == "scanport")
-            driver.choosePort(driver.module.portPath());
+            user.choosePort(user.module.portPath());
     }
 
     bool useLine(const QString &action, quint32 number)
     {
-        simulator::SimulatedModule &module = driver.module;
+        simulator::SimulatedModule &module = user.module;
         const QByteArrayList deliveries =
             QByteArray("OK|ok\r\n|?|\r\n|%00|off|MAC 01|%1b[31m%ff%fe|"
                        "parity 0\r\nparity none|MAC "
@@ -123,8 +118,8 @@ private:
         faults.garbage = number % 8 == 0;
         faults.hangUpAfter = number % 9 == 0 ? static_cast<int>(number % 20) : -1;
         if (number % 3 == 0)
-            faults.refuse = oneOf(driver.module.queries(), number);
-        driver.module.faults = faults;
+            faults.refuse = oneOf(user.module.queries(), number);
+        user.module.faults = faults;
     }
 
     void close(QWidget *dialog, quint32 number)
@@ -144,11 +139,11 @@ private:
 
     void check()
     {
-        const QString connectText = driver.text("connect");
+        const QString connectText = user.text("connect");
         const bool linked = connectText == "Отсоединиться";
         if (!linked && connectText != "Cоединиться")
             fail("connect reads " + connectText);
-        QStringList state = driver.state().split(", ").mid(4);
+        QStringList state = user.state().split(", ").mid(4);
         const auto reading = state.removeAll("read");
         const auto writing = state.removeAll("write");
         if (!state.isEmpty())
@@ -159,24 +154,24 @@ private:
         int lines = 0;
         for (const QFileInfo &file : QDir("/proc/self/fd").entryInfoList(QDir::System))
             lines += file.symLinkTarget().startsWith("/dev/pts/") && file.fileName().toInt() > 2;
-        if (lines != (QFile::exists(driver.module.portPath()) ? 1 : 0) + (linked ? 1 : 0))
+        if (lines != (QFile::exists(user.module.portPath()) ? 1 : 0) + (linked ? 1 : 0))
             fail(QString("the link and the open port: %1 lines").arg(lines));
 
-        const bool saysReading = driver.text("scan_parameters") == "Стоп сканирования";
-        const bool saysWriting = driver.text("applyButton") == "Остановить запись";
+        const bool saysReading = user.text("scan_parameters") == "Стоп сканирования";
+        const bool saysWriting = user.text("applyButton") == "Остановить запись";
         // Losing the port leaves the labels of what it ended.
         labelsMayStay =
-            (labelsMayStay || !driver.boxes.isEmpty() || !linked) && (saysReading || saysWriting);
-        driver.boxes.clear();
+            (labelsMayStay || !user.boxes.isEmpty() || !linked) && (saysReading || saysWriting);
+        user.boxes.clear();
         if ((saysReading != (reading > 0) && !(saysReading && labelsMayStay))
             || (saysWriting != (writing > 0) && !(saysWriting && labelsMayStay)))
-            fail("the labels and what runs: " + driver.state());
+            fail("the labels and what runs: " + user.state());
     }
 
     [[noreturn]] void fail(const QString &what)
     {
         fprintf(stderr, "soak: %s, %s\nlast actions:\n  %s\nto repeat them: soak %u %d\n",
-                qPrintable(nameOf(driver.module.kind())), qPrintable(what),
+                qPrintable(nameOf(user.module.kind())), qPrintable(what),
                 qPrintable(done.mid(done.size() - 40).join("\n  ")), seed,
                 static_cast<int>(done.size()));
         std::_Exit(1); // boxes may be open, each in an event loop of its own
@@ -185,11 +180,9 @@ private:
     const quint32 seed;
     QRandomGenerator random;
     const int count; ///< of actions
-    QElapsedTimer clock;
-    qint64 lastActMs = 0;
     bool labelsMayStay = false;
     QTemporaryDir folder;
-    WindowDriver driver;
+    UserWithModule user;
 };
 
 int main(int argc, char *argv[])

@@ -1,7 +1,7 @@
 // The window before anything is connected: what a person sees of it, for each kind of module.
 
 #include "texts.h"
-#include "window_driver.h"
+#include "user_with_module.h"
 
 #include <QAbstractButton>
 #include <QAccessible>
@@ -11,7 +11,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
-#include <QMenuBar>
 #include <QMessageBox>
 #include <QStyleOptionFrame>
 
@@ -60,17 +59,18 @@ static QStringList describeGroup(const QGroupBox *group)
     return lines;
 }
 
-/// As web pages are to be judged: of what most of a picture has to what stands out most from it.
-static double contrast(const QImage &picture)
+/// As web pages are to be judged: of what most of it has, without frame and cursor, to what stands
+/// out most from that.
+static double contrast(QWidget *widget)
 {
+    QTest::qWait(1); // for the style
+    const QImage picture = widget->grab(widget->rect().adjusted(12, 3, -12, -3)).toImage();
     const auto part = [](int value) { return std::pow((value / 255.0 + 0.055) / 1.055, 2.4); };
     QMap<double, int> shades;
-    for (int y = 0; y < picture.height(); ++y) {
-        for (int x = 0; x < picture.width(); ++x) {
-            const QColor colour = picture.pixel(x, y);
-            ++shades[0.05 + 0.2126 * part(colour.red()) + 0.7152 * part(colour.green())
-                     + 0.0722 * part(colour.blue())];
-        }
+    for (int i = 0; i < picture.width() * picture.height(); ++i) {
+        const QColor colour = picture.pixel(i % picture.width(), i / picture.width());
+        ++shades[0.05 + 0.2126 * part(colour.red()) + 0.7152 * part(colour.green())
+                 + 0.0722 * part(colour.blue())];
     }
     const QList<int> counts = shades.values();
     const double most = shades.key(*std::max_element(counts.begin(), counts.end()));
@@ -140,14 +140,14 @@ private slots:
     void nothingIsCut()
     {
         QFETCH(Kind, kind);
-        WindowDriver driver(kind);
-        if (driver.window.logicalDpiX() != 96)
+        UserWithModule user(kind);
+        if (user.window.logicalDpiX() != 96)
             QSKIP("without a display, this Qt has letters of another size");
-        driver.find<QComboBox>("serialPortInfoListBox")->clear(); // or paths of ptys would show
+        user.find<QComboBox>("serialPortInfoListBox")->clear(); // or paths of ptys would show
         for (const QByteArrayList &row : tableOf("widest.txt"))
-            driver.find<QWidget>(row[0])->setProperty("text", QString(row[1]));
+            user.find<QWidget>(row[0])->setProperty("text", QString(row[1]));
         QTest::qWait(1); // for the layout
-        for (QWidget *widget : driver.find<QWidget>("centralwidget")->findChildren<QWidget *>()) {
+        for (QWidget *widget : user.find<QWidget>("centralwidget")->findChildren<QWidget *>()) {
             if (!widget->isVisible() || qobject_cast<QGroupBox *>(widget))
                 continue;
             const QSize size = widget->size();
@@ -159,54 +159,47 @@ private slots:
     void everyTextCanBeRead()
     {
         QApplication::setPalette(QPalette(Qt::black)); // as on a dark desktop
-        WindowDriver driver;
-        const auto isReadable = [](QWidget *widget) {
-            QTest::qWait(1);                                              // for the style
-            const QRect inside = widget->rect().adjusted(12, 3, -12, -3); // of frame and cursor
-            return contrast(widget->grab(inside).toImage()) >= 4.5;
-        };
+        UserWithModule user;
         for (const char *name :
              {"label_21", "conbox0", "connect", "applyButton", "checkBox", "menuBar"})
-            QVERIFY2(isReadable(driver.find<QWidget>(name)), name);
+            QVERIFY2(contrast(user.find<QWidget>(name)) >= 4.5, name);
         for (const char *name : {"lineEdit_MAC", "lineEdit_version", "lineEdit_ip"}) {
-            driver.find<QLineEdit>(name)->setText("255.255.255.255");
+            user.find<QLineEdit>(name)->setText("255.255.255.255");
             for (const QString &mark : {QString(), green, lilac}) {
-                driver.find<QWidget>(name)->setStyleSheet(mark);
-                QVERIFY2(isReadable(driver.find<QWidget>(name)), qPrintable(name + mark));
+                user.find<QWidget>(name)->setStyleSheet(mark);
+                QVERIFY2(contrast(user.find<QWidget>(name)) >= 4.5, qPrintable(name + mark));
             }
         }
-        driver.enter("lineEdit_ip", "255.255.255.255.255.255.255.255");
-        driver.find<QLineEdit>("lineEdit_ip")->selectAll();
-        QVERIFY(isReadable(driver.find<QWidget>("lineEdit_ip")));
+        user.enter("lineEdit_ip", "255.255.255.255.255.255.255.255");
+        user.find<QLineEdit>("lineEdit_ip")->selectAll();
+        QVERIFY(contrast(user.find<QWidget>("lineEdit_ip")) >= 4.5);
         for (const char *text : {text::writeError, text::writeSucceeded}) {
-            QMessageBox box(QMessageBox::NoIcon, "", text, QMessageBox::Ok, &driver.window);
+            QMessageBox box(QMessageBox::NoIcon, "", text, QMessageBox::Ok, &user.window);
             box.show();
-            QVERIFY2(isReadable(box.findChild<QLabel *>("qt_msgbox_label")), text);
+            QVERIFY2(contrast(box.findChild<QLabel *>("qt_msgbox_label")) >= 4.5, text);
         }
     }
 
     void statusOutlivesTheMenu()
     {
-        WindowDriver driver;
-        driver.click("connect");
-        auto *bar = driver.find<QMenuBar>("menuBar");
-        QTest::mouseClick(bar, Qt::LeftButton, {}, bar->actionGeometry(bar->actions()[0]).center());
-        auto *menu = driver.find<QMenu>("menu");
-        QVERIFY(menu->isVisible());
+        UserWithModule user;
+        user.click("connect");
+        auto *menu = user.find<QMenu>("menu");
+        menu->popup({});
         QTest::keyClick(menu, Qt::Key_Down);
         QTest::keyClick(menu, Qt::Key_Escape);
-        QCOMPARE(driver.text("statusbar"), QString("Connected"));
+        QCOMPARE(user.text("statusbar"), QString("Connected"));
     }
 
     void offClearsTheSlaveId()
     {
-        WindowDriver driver;
-        driver.enter("lineEdit_tcp_id", "17");
+        UserWithModule user;
+        user.enter("lineEdit_tcp_id", "17");
         for (const bool off : {true, false}) {
-            driver.click("checkBox");
-            QCOMPARE(driver.isEnabled("lineEdit_tcp_id"), !off);
-            QCOMPARE(driver.mark("lineEdit_tcp_id"), off ? lilac : "");
-            QCOMPARE(driver.text("lineEdit_tcp_id"), QString());
+            user.click("checkBox");
+            QCOMPARE(user.isEnabled("lineEdit_tcp_id"), !off);
+            QCOMPARE(user.mark("lineEdit_tcp_id"), off ? lilac : "");
+            QCOMPARE(user.text("lineEdit_tcp_id"), QString());
         }
     }
 };

@@ -1,6 +1,6 @@
 // The simulated module by itself: what it makes of commands, and the command that starts it.
 
-#include "window_driver.h"
+#include "user_with_module.h"
 
 #include <QProcess>
 
@@ -72,8 +72,7 @@ private slots:
         const auto sayAll = [&](auto count) {
             QByteArrayList replies;
             QSerialPort port(module.portPath());
-            if (!port.open(QIODevice::ReadWrite))
-                return replies;
+            port.open(QIODevice::ReadWrite);
             connect(&port, &QSerialPort::readyRead, &port, [&] { replies.append(port.readAll()); });
             port.write("PORT TCP");
             if (QTest::qWaitFor([&] { return replies.size() >= count; }))
@@ -111,8 +110,7 @@ private slots:
         simulator::SimulatedModule module(simulator::Options{});
         QVERIFY(module.start());
         const int killed = open(module.portPath().toUtf8(), O_RDWR | O_NOCTTY);
-        QCOMPARE(ioctl(killed, TIOCEXCL), 0);
-        close(killed); // by the system, which leaves the line exclusive
+        QVERIFY(ioctl(killed, TIOCEXCL) == 0 && close(killed) == 0); // and leaves it exclusive
         int exclusive = 1;
         QTRY_VERIFY(ioctl(module.farEnd(), TIOCGEXCL, &exclusive) == 0 && exclusive == 0);
     }

@@ -1,10 +1,13 @@
-#include "window_driver.h"
+#include "user_with_module.h"
 
 #include <QApplication>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QLoggingCategory>
 #include <QThread>
+
+#include <algorithm>
+#include <functional>
 
 #include <poll.h>
 
@@ -94,7 +97,7 @@ QByteArray acknowledgementOf(Kind kind)
 static constexpr int anHour = 3600 * 1000;
 static constexpr int limitMs = 5000;
 
-WindowDriver::WindowDriver(Kind kind)
+UserWithModule::UserWithModule(Kind kind)
     : module(simulator::Options{kind})
 {
     QLoggingCategory::setFilterRules("default.debug=false\ndefault.warning=false");
@@ -109,7 +112,7 @@ WindowDriver::WindowDriver(Kind kind)
     window.show();
 }
 
-void WindowDriver::prepare()
+void UserWithModule::prepare()
 {
     module.faults.silent = true;
     click("connect");
@@ -119,7 +122,7 @@ void WindowDriver::prepare()
         enter(parameter.widget, parameter.inForm);
 }
 
-QString WindowDriver::state()
+QString UserWithModule::state()
 {
     QStringList state{text("statusbar"), text("connect"), text("scan_parameters"),
                       text("applyButton")};
@@ -128,45 +131,40 @@ QString WindowDriver::state()
             state.append(i % 2 == 0 ? "read" : "write");
     }
     const bool linked = text("connect") == "Отсоединиться";
-    for (const char *name : {"scan_parameters", "applyButton", "Reset", "reset_allparameters"}) {
-        if (isEnabled(name) != linked)
-            state.append(name);
-    }
-    for (const char *name : {"conbox0", "serialPortInfoListBox", "scanport"}) {
-        if (isEnabled(name) == linked)
+    const QStringList forALink{"scan_parameters", "applyButton", "Reset", "reset_allparameters"};
+    for (const QString &name :
+         forALink + QStringList{"conbox0", "serialPortInfoListBox", "scanport"}) {
+        if (isEnabled(name) != (linked == forALink.contains(name)))
             state.append(name);
     }
     return state.join(", ");
 }
 
-QTimer *WindowDriver::activeTimer()
+QTimer *UserWithModule::activeTimer()
 {
-    for (QTimer *timer : timers) {
-        if (timer->isActive())
-            return timer;
-    }
-    return nullptr;
+    const auto timer = std::find_if(timers.begin(), timers.end(), std::mem_fn(&QTimer::isActive));
+    return timer == timers.end() ? nullptr : *timer;
 }
 
-void WindowDriver::markAll()
+void UserWithModule::markAll()
 {
     for (const ParameterCase &parameter : parametersOf(Kind::Universal))
         find<QWidget>(parameter.widget)->setStyleSheet(green);
 }
 
-QStringList WindowDriver::marked(const QString &styleSheet)
+QStringList UserWithModule::marked(const QString &styleSheet)
 {
     return fieldsThat([&](const QString &field) {
         return styleSheet.isEmpty() ? !mark(field).isEmpty() : mark(field) == styleSheet;
     });
 }
 
-QStringList WindowDriver::filled()
+QStringList UserWithModule::filled()
 {
     return fieldsThat([this](const QString &field) { return !text(field).isEmpty(); });
 }
 
-QStringList WindowDriver::fieldsThat(const std::function<bool(const QString &)> &holds)
+QStringList UserWithModule::fieldsThat(const std::function<bool(const QString &)> &holds)
 {
     QStringList fields;
     for (const ParameterCase &parameter : parametersOf(Kind::Universal)) {
@@ -176,7 +174,7 @@ QStringList WindowDriver::fieldsThat(const std::function<bool(const QString &)> 
     return fields;
 }
 
-void WindowDriver::start(const QString &button)
+void UserWithModule::start(const QString &button)
 {
     click(button);
     QVERIFY(activeTimer());
@@ -184,29 +182,28 @@ void WindowDriver::start(const QString &button)
     setTick(anHour);
 }
 
-void WindowDriver::tick()
+void UserWithModule::tick()
 {
-    QTimer *timer = activeTimer();
-    if (!timer)
-        return;
-    QTimerEvent event(timer->timerId());
-    QCoreApplication::sendEvent(timer, &event);
+    if (QTimer *timer = activeTimer()) {
+        QTimerEvent event(timer->timerId());
+        QCoreApplication::sendEvent(timer, &event);
+    }
 }
 
-bool WindowDriver::tickCommand()
+bool UserWithModule::tickCommand()
 {
     const auto before = commands.size();
     tick();
     return comes([&] { return commands.size() > before; }, limitMs);
 }
 
-bool WindowDriver::deliver(const QByteArray &bytes)
+bool UserWithModule::deliver(const QByteArray &bytes)
 {
     module.send(bytes);
     return hasUnread(limitMs) && comes([this] { return !hasUnread(0); }, limitMs);
 }
 
-bool WindowDriver::deliverWithTick(const QByteArray &bytes)
+bool UserWithModule::deliverWithTick(const QByteArray &bytes)
 {
     QTimer *timer = activeTimer();
     timer->setInterval(1);
@@ -219,7 +216,7 @@ bool WindowDriver::deliverWithTick(const QByteArray &bytes)
     return arrived && comes([this] { return !hasUnread(0); }, limitMs);
 }
 
-bool WindowDriver::writeRows(int count)
+bool UserWithModule::writeRows(int count)
 {
     for (int row = 0; row < count; ++row) {
         if (!tickCommand() || !deliver(acknowledgementOf(module.kind())))
@@ -229,7 +226,7 @@ bool WindowDriver::writeRows(int count)
     return true;
 }
 
-bool WindowDriver::hasUnread(int waitMs)
+bool UserWithModule::hasUnread(int waitMs)
 {
     pollfd line{module.farEnd(), POLLIN, 0};
     return poll(&line, 1, waitMs) == 1 && (line.revents & POLLIN) != 0;

@@ -37,7 +37,7 @@ inline const QString green = "background-color:  #90ee90;";
 inline const QString red = "background-color: #FF2400";
 inline const QString lilac = "background-color:  #f5edff;";
 
-/// What WindowDriver::state() says of a window in which everything agrees.
+/// What UserWithModule::state() says of a window in which everything agrees.
 namespace state {
 inline const QString connected = "Connected, Отсоединиться, Сканировать, Запись параметры";
 inline const QString disconnected = "Disconnected, Cоединиться, Сканировать, Запись параметры";
@@ -62,9 +62,9 @@ inline const QString success = "Результы изменения: <FONT COLOR
 } // namespace box
 
 /// A user whose window has a simulated module at its port, and who has time in hand.
-class WindowDriver : public User {
+class UserWithModule : public User {
 public:
-    explicit WindowDriver(Kind kind = Kind::Universal);
+    explicit UserWithModule(Kind kind = Kind::Universal);
 
     /// For a silent module: connects, arms the apply button, fills the fields of all kinds.
     void prepare();
