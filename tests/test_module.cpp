@@ -19,11 +19,11 @@ class TestModule : public QObject {
         QByteArrayList replies;
         QSerialPort port(module->portPath());
         port.open(QIODevice::ReadWrite);
+        bool isOff = false; // perhaps for so short a time that nobody sees it
+        connect(module, &simulator::SimulatedModule::wentOff, &port, [&] { isOff = true; });
+        const auto answered = [&] { return port.bytesAvailable() > 0 || isOff; };
         for (const QByteArray &command : commands) {
             port.write(command);
-            const auto answered = [&] {
-                return port.bytesAvailable() > 0 || !QFile::exists(module->portPath());
-            };
             replies.append(QTest::qWaitFor(answered) ? port.readAll().trimmed() : "(nothing)");
         }
         return replies;
