@@ -4,6 +4,6 @@
 /// window grows with a desktop's letters, what is drawn with, and that traces may find no reader.
 void prepareApplication();
 
-/// What it settles next: the light colours that the window's style sheet goes with, on dark desktops
-/// too.
+/// What it settles next: the light colours that the window's style sheet goes with, on dark
+/// desktops too.
 void dressApplication();
