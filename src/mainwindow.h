@@ -80,6 +80,7 @@ private:
 
     // mainwindow_link.cpp
     void setLinkControls(bool open);
+    void watchForHangUp();
     bool isPortHungUp() const;
     void reportNoConnection(ModuleKind kind, const Sequence &sequence);
 

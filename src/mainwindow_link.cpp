@@ -6,6 +6,7 @@
 #include <QMessageBox>
 #include <QSerialPortInfo>
 #include <QSignalBlocker>
+#include <QSocketNotifier>
 #include <QTimer>
 
 #include <poll.h>
@@ -49,6 +50,7 @@ void MainWindow::openport()
         serial.open(QIODevice::ReadWrite);
     }
     if (serial.isOpen()) {
+        watchForHangUp();
         setLinkControls(true);
         ui->statusbar->showMessage(text::connected);
         return;
@@ -81,12 +83,30 @@ void MainWindow::setLinkControls(bool open)
         control->setEnabled(!open);
 }
 
+/// Treats the port as lost when its line hangs up, which not every version of the library reports.
+void MainWindow::watchForHangUp()
+{
+    auto *notifier = new QSocketNotifier(serial.handle(), QSocketNotifier::Exception, this);
+    connect(notifier, &QSocketNotifier::activated, this, [this] {
+        if (isPortHungUp())
+            handleError(QSerialPort::ResourceError);
+    });
+    connect(&serial, &QSerialPort::aboutToClose, notifier, [notifier] {
+        // Not deleted at once, because its own signal may be what closes the port.
+        notifier->setEnabled(false);
+        notifier->deleteLater();
+    });
+}
+
+bool MainWindow::isPortHungUp() const
+{
+    pollfd line{serial.handle(), 0, 0};
+    return ::poll(&line, 1, 0) > 0 && (line.revents & POLLHUP) != 0;
+}
+
 void MainWindow::handleError(QSerialPort::SerialPortError error)
 {
-    // A read from a hung-up line leaves errno as it was, so the library names the loss by chance.
-    const bool lost =
-        error == QSerialPort::ResourceError || (error == QSerialPort::ReadError && isPortHungUp());
-    if (!lost)
+    if (error != QSerialPort::ResourceError)
         return;
 
     closeport();
@@ -99,14 +119,6 @@ void MainWindow::handleError(QSerialPort::SerialPortError error)
     ui->connect->setText(text::connectPort);
     ui->applyButton->setText(text::apply);
     styleclear();
-}
-
-bool MainWindow::isPortHungUp() const
-{
-    if (!serial.isOpen())
-        return false;
-    pollfd line{serial.handle(), 0, 0};
-    return ::poll(&line, 1, 0) > 0 && (line.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0;
 }
 
 /// Tells the user that the module is silent, then closes the port. The sequence ticks on until the
