@@ -43,7 +43,7 @@ bool PtyLine::open()
         return false;
     }
     watch(master, &PtyLine::readAll);
-    watch(closings, &PtyLine::freeSlave);
+    watch(accesses, &PtyLine::reportAccesses);
     return true;
 }
 
@@ -71,8 +71,8 @@ bool PtyLine::openPty()
     cfmakeraw(&settings);
     if (tcsetattr(slave, TCSANOW, &settings) != 0)
         return fail(QString("cannot set up %1").arg(ptyPath));
-    closings = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-    if (inotify_add_watch(closings, name, IN_CLOSE) < 0)
+    accesses = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    if (inotify_add_watch(accesses, name, IN_ACCESS | IN_CLOSE) < 0)
         return fail(QString("cannot watch %1").arg(ptyPath));
     return true;
 }
@@ -106,16 +106,36 @@ void PtyLine::readAll()
         emit received(bytes);
 }
 
-/// Whoever has the port to himself and is killed would keep it so, as the line is still open here.
-void PtyLine::freeSlave()
+/// Takes what has happened at the far end until now. True if somebody has read there.
+bool PtyLine::takeAccesses()
 {
-    char events[512];
-    while (::read(closings, events, sizeof events) > 0) { }
-    ioctl(slave, TIOCNXCL);
+    bool read = false;
+    alignas(inotify_event) char buffer[512];
+    ssize_t size = 0;
+    while ((size = ::read(accesses, buffer, sizeof buffer)) > 0) {
+        // None of the events has a name behind it, because what is watched is no folder.
+        for (const char *next = buffer; next < buffer + size; next += sizeof(inotify_event)) {
+            inotify_event event;
+            std::memcpy(&event, next, sizeof event);
+            read = read || (event.mask & IN_ACCESS) != 0;
+            // A program that was killed leaves its exclusive access behind, because the slave stays
+            // open here. It would lock out the next program.
+            if ((event.mask & IN_CLOSE) != 0)
+                ioctl(slave, TIOCNXCL);
+        }
+    }
+    return read;
+}
+
+void PtyLine::reportAccesses()
+{
+    if (takeAccesses())
+        emit wasRead();
 }
 
 void PtyLine::write(const QByteArray &bytes)
 {
+    takeAccesses(); // of what was written before
     int done = 0;
     while (isOpen() && done < bytes.size()) {
         const ssize_t count =
@@ -137,7 +157,7 @@ void PtyLine::hangUp()
     const QFileInfo link(linkPath);
     if (isOpen() && link.isSymLink() && link.symLinkTarget() == ptyPath)
         QFile::remove(linkPath);
-    for (int *descriptor : {&closings, &slave, &master}) {
+    for (int *descriptor : {&accesses, &slave, &master}) {
         if (*descriptor >= 0)
             ::close(*descriptor);
         *descriptor = -1;

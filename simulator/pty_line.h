@@ -37,6 +37,8 @@ public:
 signals:
     /// All that had come when the line was looked at.
     void received(const QByteArray &bytes);
+    /// Somebody has read something at the far end since the last write().
+    void wasRead();
 
 private:
     bool openPty();
@@ -44,7 +46,8 @@ private:
     bool fail(const QString &what);
     void watch(int descriptor, void (PtyLine::*react)());
     void readAll();
-    void freeSlave();
+    bool takeAccesses();
+    void reportAccesses();
 
     std::unique_ptr<QTemporaryDir> folder;
     QString linkPath;
@@ -52,7 +55,7 @@ private:
     QString message;
     int master = -1;
     int slave = -1;
-    int closings = -1; ///< tells when someone closes the far end
+    int accesses = -1; ///< tells when someone reads or closes the far end
 };
 
 } // namespace simulator

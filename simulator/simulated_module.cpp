@@ -7,9 +7,6 @@ namespace {
 // Long enough for the program to have read what came before the line goes dead.
 constexpr int hangUpDelayMs = 50;
 
-// Long enough for the program to read one delivery before the next one is there.
-constexpr int deliveryGapMs = 30;
-
 // An escape sequence, a NUL in the middle, and bytes that are no UTF-8.
 const char noiseHex[] = "a71b5b33316d3f00ffc3288007fe9c41";
 
@@ -27,6 +24,7 @@ SimulatedModule::SimulatedModule(const Options &options)
     connect(&restartTimer, &QTimer::timeout, this, &SimulatedModule::comeBack);
     connect(&floodTimer, &QTimer::timeout, this, &SimulatedModule::flood);
     connect(&line, &PtyLine::received, this, &SimulatedModule::takeCommand);
+    connect(&line, &PtyLine::wasRead, this, &SimulatedModule::sendNext);
 }
 
 SimulatedModule::~SimulatedModule() = default;
@@ -52,6 +50,7 @@ void SimulatedModule::hangUp()
     if (!line.isOpen())
         return;
     due = std::make_unique<QObject>();
+    unsent.clear();
     line.hangUp();
     emit wentOff();
 }
@@ -113,7 +112,7 @@ void SimulatedModule::reply(const QByteArray &bytes)
 {
     if (faults.silent)
         return;
-    QVector<QByteArray> deliveries;
+    QByteArrayList deliveries;
     if (faults.garbage)
         deliveries.append(QByteArray::fromHex(noiseHex));
     if (faults.empty)
@@ -123,17 +122,22 @@ void SimulatedModule::reply(const QByteArray &bytes)
         deliveries.append(bytes.left(firstPart));
     deliveries.append(bytes.mid(firstPart));
 
-    for (int i = 0; i < deliveries.size(); ++i) {
-        const bool last = i == deliveries.size() - 1;
-        const auto deliver = [this, delivery = deliveries.at(i), last, bytes] {
-            send(delivery);
-            if (last)
-                emit replySent(bytes);
-        };
-        // Precise also for long delays: coarse timers may fire together and merge deliveries.
-        QTimer::singleShot(faults.delayMs + i * deliveryGapMs, Qt::PreciseTimer, due.get(),
-                           deliver);
-    }
+    // Precise also for long delays: coarse timers may fire together and merge replies.
+    QTimer::singleShot(faults.delayMs, Qt::PreciseTimer, due.get(), [this, deliveries] {
+        const bool waiting = !unsent.isEmpty();
+        unsent += deliveries;
+        if (!waiting)
+            sendNext();
+    });
+}
+
+void SimulatedModule::sendNext()
+{
+    if (unsent.isEmpty())
+        return;
+    const QByteArray delivery = unsent.takeFirst();
+    send(delivery);
+    emit deliverySent(delivery);
 }
 
 void SimulatedModule::flood()

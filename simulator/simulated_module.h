@@ -65,8 +65,7 @@ public:
 
 signals:
     void commandReceived(const QByteArray &command);
-    /// After the last delivery of a reply, with the reply as a whole.
-    void replySent(const QByteArray &reply);
+    void deliverySent(const QByteArray &delivery); ///< one of those of a reply
     void wentOff();
     void cameBack();
 
@@ -74,6 +73,7 @@ private:
     void takeCommand(const QByteArray &bytes);
     void obey(const Command &command);
     void reply(const QByteArray &bytes);
+    void sendNext();
     void restart();
     void flood();
 
@@ -86,6 +86,9 @@ private:
     bool restarting = false;
     /// Context of everything that is due; replacing it calls all of that off.
     std::unique_ptr<QObject> due;
+    /// Deliveries of replies. Each is sent once the one before it has been read, so that they
+    /// arrive apart.
+    QByteArrayList unsent;
 };
 
 } // namespace simulator

@@ -56,8 +56,8 @@ int main(int argc, char *argv[])
 
     QObject::connect(&module, &SimulatedModule::commandReceived,
                      [](const QByteArray &command) { log("command  " + printable(command)); });
-    QObject::connect(&module, &SimulatedModule::replySent,
-                     [](const QByteArray &reply) { log("reply    " + printable(reply)); });
+    QObject::connect(&module, &SimulatedModule::deliverySent,
+                     [](const QByteArray &delivery) { log("reply    " + printable(delivery)); });
     QObject::connect(&module, &SimulatedModule::wentOff, [] { log("off the line"); });
     QObject::connect(&module, &SimulatedModule::cameBack, [] { log("back on the line"); });
     if (!module.start())
