@@ -10,6 +10,7 @@
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QRandomGenerator>
+#include <QRegularExpression>
 #include <QThread>
 
 #include <cstdlib>
@@ -150,10 +151,12 @@ private:
             fail("the link and " + state.join(' '));
         if (reading + writing > 1)
             fail("two sequences at once");
-        // Of ptys in this process the module has both ends, the window one more if it is connected.
+        // The module has the slave of its pty open, and the window once more while it is connected.
+        // In containers, the master is in the same folder as the slaves.
+        const QRegularExpression slave("^/dev/pts/[0-9]+$");
         int lines = 0;
         for (const QFileInfo &file : QDir("/proc/self/fd").entryInfoList(QDir::System))
-            lines += file.symLinkTarget().startsWith("/dev/pts/") && file.fileName().toInt() > 2;
+            lines += slave.match(file.symLinkTarget()).hasMatch() && file.fileName().toInt() > 2;
         if (lines != (QFile::exists(user.module.portPath()) ? 1 : 0) + (linked ? 1 : 0))
             fail(QString("the link and the open port: %1 lines").arg(lines));
 
