@@ -156,8 +156,8 @@ void takeWrite(const QString &tcpPort, const QString &name)
     user.connect();
     user.read();
     user.enter("lineEdit_portTCP", tcpPort);
-    user.takeBox(
-        name, [&] { user.start("applyButton"); }, true);
+    const auto write = [&] { user.start("applyButton"); };
+    user.takeBox(name, write, true);
 }
 
 } // namespace

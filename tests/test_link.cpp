@@ -135,7 +135,7 @@ private slots:
             if (!writing)
                 continue;
             user.boxes.clear();
-            user.onBox = [](QMessageBox *) {};
+            user.onBox = {};
             QTRY_VERIFY(QFile::exists(user.module.portPath()));
             user.click("connect");
             user.start("applyButton");

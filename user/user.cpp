@@ -151,7 +151,8 @@ void User::lookForDialogs()
         box->button(QMessageBox::Yes); // a file dialog asks whether to overwrite
     if (!agree) {
         boxes.append(box->windowTitle() + ": " + box->text());
-        onBox(box);
+        if (onBox)
+            onBox(box);
     }
     if (!leavesDialogsOpen && agree)
         agree->click();

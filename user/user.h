@@ -47,7 +47,7 @@ public:
     void setTick(int ms); ///< of the sequences that are running, instead of a second
 
     /// Called for each box that opens, while it is open; then the box is closed.
-    std::function<void(QMessageBox *)> onBox = [](QMessageBox *) {};
+    std::function<void(QMessageBox *)> onBox;
     bool leavesDialogsOpen = false;
     QStringList boxes;       ///< "title: text" of each that opened
     QStringList fileDialogs; ///< "title: filters" of each that opened
