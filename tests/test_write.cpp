@@ -14,7 +14,7 @@ private slots:
     {
         QFETCH(Kind, kind);
         QFETCH(QByteArrayList, row);
-        const QByteArray moment = row[0];
+        const QByteArray &moment = row[0];
         const int onlyRow = row[1].toInt();
         UserWithModule user(kind);
         user.prepare();
@@ -49,7 +49,7 @@ private slots:
 
         // The restart takes the module off the line, which is no news, and has been acknowledged
         // enough for a later write.
-        user.onBox = [](QMessageBox *) {};
+        user.onBox = {};
         QTRY_COMPARE(user.state(), state::disconnected);
         QTRY_VERIFY(QFile::exists(user.module.portPath()));
         user.click("connect");
