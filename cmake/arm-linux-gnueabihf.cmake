@@ -2,6 +2,8 @@
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR armv7l)
 set(CMAKE_CXX_COMPILER arm-linux-gnueabihf-g++)
+# If the path contains a space, CMake cannot detect this.
+set(CMAKE_LIBRARY_ARCHITECTURE arm-linux-gnueabihf)
 
 if(NOT CMAKE_SYSROOT)
   get_filename_component(CMAKE_SYSROOT ${CMAKE_CURRENT_LIST_DIR}/../build/sysroot-armhf ABSOLUTE)
