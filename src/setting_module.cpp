@@ -8,6 +8,7 @@
 #include <QSaveFile>
 #include <QSettings>
 #include <QTemporaryDir>
+#include <QUuid>
 
 #include <optional>
 #include <variant>
@@ -46,10 +47,27 @@ void read(const QSettings &settings, const char *key, int &member)
     member = settings.value(key, 0).toInt();
 }
 
+/// The text with single halves of surrogate pairs spelled by number. A backslash that the reader
+/// drops with the character behind it ends each number.
+QString spelled(const QString &text, const QString &backslash)
+{
+    QString result;
+    for (int i = 0; i < text.size(); ++i) {
+        const QChar ch = text[i];
+        if (ch.isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate())
+            result += text.mid(i++, 2);
+        else if (ch.isSurrogate())
+            result += backslash + 'x' + QString::number(ch.unicode(), 16) + backslash + '.';
+        else
+            result += ch;
+    }
+    return result;
+}
+
 /// What a file holds; none if it cannot be read, or is nothing that could be read at once.
 std::optional<QByteArray> contentOf(const QFileInfo &info)
 {
-    constexpr qint64 mostBytes = 1 << 20; // some thousand times a settings file
+    constexpr qint64 mostBytes = 1 << 22; // Eleven full line edits take up to 3 MiB.
     if (!info.isFile() || info.size() > mostBytes)
         return std::nullopt;
     QFile file(info.filePath());
@@ -106,10 +124,12 @@ bool setting_module::open(const QFileInfo &file)
     settings =
         new QSettings(content && !copied ? file.filePath() : copy.fileName(), QSettings::IniFormat);
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
-    // Letters that take several bytes come from Qt 6 or an editor; Qt 5 itself writes escapes.
-    const QString text = QString::fromUtf8(content.value_or(QByteArray()));
-    if (content && text.size() < content->size() && text.toUtf8() == *content)
+    // Letters that take several bytes come from Qt 6 or an editor; Qt 5 itself writes escapes. So
+    // it does here too, for through a codec it would lose the letters that are surrogate pairs.
+    if (isUtf8(content.value_or(QByteArray())))
         settings->setIniCodec("UTF-8");
+    settings->allKeys(); // decodes the values
+    settings->setIniCodec(static_cast<QTextCodec *>(nullptr));
 #endif
     return content && copied;
 }
@@ -144,9 +164,19 @@ void setting_module::SaveNTSetting(QString FileName)
     for (const Key &key : keys) {
         std::visit([&](auto member) { settings->setValue(key.name, this->*member); }, key.member);
     }
+    // Qt 6 cannot write a single half of a pair, nor read a byte order mark that begins a text.
+    const QString backslash = QUuid::createUuid().toString(); // until QSettings has written it
+    for (const QString &key : settings->allKeys()) {
+        const QVariant value = settings->value(key);
+        if (value.userType() == QMetaType::QString)
+            settings->setValue(key, spelled(value.toString(), backslash));
+    }
     settings->sync();
     if (settings->status() == QSettings::AccessError)
         return;
-    if (const std::optional<QByteArray> content = contentOf(QFileInfo(settings->fileName())))
-        replace(file, *content);
+    std::optional<QByteArray> content = contentOf(QFileInfo(settings->fileName()));
+    if (!content)
+        return;
+    content->replace("\xef\xbb\xbf", "\\xfeff\\.").replace(backslash.toUtf8(), "\\");
+    replace(file, *content);
 }

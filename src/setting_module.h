@@ -14,8 +14,8 @@ class QTemporaryDir;
 /// The members are filled before a save and read after a load; they hold exactly what the user
 /// typed or the file held. The integers are indexes of the form's combo boxes. Nothing is checked
 /// and no failure is reported: what cannot be read takes its default, what cannot be written stays
-/// as it is. Neither read nor written is a file of more than 1 MiB, nor one of which namesObject()
-/// is true.
+/// as it is. Neither read nor written is a file of more than 4 MiB, nor one of which namesObject()
+/// is true. Whatever is typed, a save makes no such file.
 class setting_module : public QObject {
     Q_OBJECT
 
