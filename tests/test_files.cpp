@@ -7,6 +7,7 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QListView>
+#include <QSettings>
 
 #include <memory>
 
@@ -79,37 +80,42 @@ private slots:
                  QString("Настройки: TCP_RTU settings (*.TRset) Все файлы (*)"));
         QCOMPARE(files(), QStringList{"site.TRset"});
 
-        put(site, "[General]\nMASK=1\nOwner=me\n\n[Site]\nRoom=12\n"); // with keys of others
+        const QByteArray room = "\n[Site]\nRoom=\",=@Variant(5)\", @ByteArray(5)\n";
+        put(site, "[General]\nMASK=1\nOwner=@Valerie\n" + room); // with keys of others
         user->click("checkBox");
         user->enter("lineEdit_tcp_id", "17"); // which is off all the same
         user->trigger("action_save", site);
         QCOMPARE(contentOf(site),
-                 QByteArray(defaults).replace("PARITY=1", "Owner=me\nPARITY=1")
-                     + "\n[Site]\nRoom=12\n");
+                 QByteArray(defaults).replace("PARITY=1", "Owner=@@Valerie\nPARITY=1") + room);
+        put(site, "Rooms=1, й😀");
+        user->trigger("action_save", site);
+        QCOMPARE(QSettings(site, QSettings::IniFormat).value("Rooms").toStringList(),
+                 (QStringList{"1", "й😀"}));
     }
 
     void loadsAFile_data()
     {
         QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<QString>("form");
+        QTest::addColumn<QByteArray>("form");
         for (const QByteArrayList &row : tableOf("files.txt")) {
             const QByteArray content =
                 row[0].endsWith(".TRset") ? contentOf(TEST_DATA + row[0]) : row[0];
-            QTest::newRow(row[0]) << content << QString(row.mid(1).join('|'));
+            QTest::newRow(row[0]) << content << row.mid(1).join('|');
         }
-        QTest::newRow("huge") << defaults + QByteArray(1 << 20, '\n') << "Modbus TCP-RTU ";
+        QTest::newRow("Latin-1") << QByteArray("IP_ADRESS=\xe9.")
+                                 << "Modbus TCP-RTU |lineEdit_ip="
+                + QByteArray(QT_VERSION < QT_VERSION_CHECK(6, 0, 0) ? "é." : "\xef\xbf\xbd.");
     }
 
     void loadsAFile()
     {
         QFETCH(QByteArray, content);
-        user->prepare();
-        user->enter("lineEdit_version", "");
-        user->enter("lineEdit_MAC", "");
         user->markAll();
-        put(site, content);
-        user->trigger("action_open_2", site);
-        QTEST(form(), "form");
+        for (const QByteArray &file : {others, defaults, content}) {
+            put(site, file);
+            user->trigger("action_open_2", site);
+        }
+        QTEST(form().toUtf8(), "form");
         const bool off = form().endsWith("|off");
         const QString lilacFromFile = "background-color: #f5edff;";
         QCOMPARE(user->isEnabled("lineEdit_tcp_id"), !off);
@@ -117,6 +123,10 @@ private slots:
         QCOMPARE(user->mark("lineEdit_MAC"), lilacFromFile);
         QCOMPARE(user->marked(lilac), QStringList{"lineEdit_version"});
         QCOMPARE(user->marked(green).size(), 12);
+        const QString address = user->text("lineEdit_ip"); // which can be saved and loaded
+        user->trigger("action_save", site);
+        user->trigger("action_open_2", site);
+        QCOMPARE(user->text("lineEdit_ip"), address.isEmpty() ? "192.168.0.1" : address);
         QVERIFY(user->boxes.isEmpty());
     }
 
@@ -179,7 +189,7 @@ private slots:
     void leavesUnwritableTargetsAlone()
     {
         QVERIFY(mkfifo("pipe", 0600) == 0 && QDir().mkdir("folder"));
-        put("huge", QByteArray(2 << 20, 'x'));
+        put("huge", others + QByteArray(1 << 22, '\n'));
         const QStringList before = files();
         setting_module store;
         for (const char *target : {"", "pipe", "huge", "folder", "/dev/full"}) {
@@ -190,7 +200,7 @@ private slots:
             QCOMPARE(store.moduleName, QString());
         }
         QCOMPARE(files(), before);
-        QCOMPARE(contentOf("huge").size(), 2 << 20);
+        QVERIFY(contentOf("huge").size() > 1 << 22);
     }
 
     void failedSaveLeavesNothingBehind()
@@ -247,16 +257,6 @@ private slots:
             QCOMPARE(contentOf(site), content);
             user->trigger("action_open_2", site);
             QCOMPARE(user->text("lineEdit_ip"), QString());
-        }
-        // What only looks like one when it is typed.
-        for (const char *text : {"@Variant(x)", "@@DateTime(x)", " @Variant(x)", "=\t@Variant(x)",
-                                 "\"@Variant(x)", "\\@Variant(x)", "@"}) {
-            QFile::remove(site);
-            user->enter("lineEdit_ip", text);
-            user->trigger("action_save", site);
-            user->enter("lineEdit_ip", "1.2.3.4");
-            user->trigger("action_open_2", site);
-            QCOMPARE(user->text("lineEdit_ip"), QString(text));
         }
     }
 
