@@ -4,67 +4,68 @@
 
 namespace {
 
-constexpr int nothing = -1;
+constexpr int noCharacter = -1;
 
-/// 16 for what is no digit.
+/// The value of a hexadecimal digit, or 16 for any other character.
 int digitOf(char ch)
 {
     const char lower = char(ch | 0x20);
     return ch >= '0' && ch <= '9' ? ch - '0' : lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : 16;
 }
 
-/// Takes an escape without its backslash. The character that the reader makes of it, or nothing.
-int takeEscape(const char *&at, const char *end)
+/// Decodes the escape that follows a backslash, and moves behind it. Returns the character that
+/// QSettings reads, with 16 bits as there, or noCharacter if it drops the escape. Which of the
+/// characters with a name of its own it is does not matter; a backslash stands for each.
+int decodeEscape(const char *&at, const char *end)
 {
     if (at == end)
-        return nothing;
+        return noCharacter;
     const char kind = *at;
     const bool isHex = kind == 'x';
     const char *const first = at + isHex;
     const int base = isHex ? 16 : 8;
-    ushort number = 0; // The reader too keeps sixteen bits only.
+    ushort number = 0;
     for (at = first; at != end && digitOf(*at) < base; ++at)
         number = ushort(number * base + digitOf(*at));
     if (at != first)
         return number;
     if (isHex)
-        return nothing;
+        return noCharacter;
     ++at;
     if (at != end && ((kind == '\r' && *at == '\n') || (kind == '\n' && *at == '\r')))
-        ++at; // a joined line
-    return QByteArray::fromRawData("abfnrtv\"?'\\", 11).contains(kind) ? '\\' : nothing;
+        ++at; // a line that continues
+    return QByteArray::fromRawData("abfnrtv\"?'\\", 11).contains(kind) ? '\\' : noCharacter;
 }
 
 } // namespace
 
 bool isUtf8(const QByteArray &text)
 {
-    const QByteArray longer = 'x' + text; // At the beginning a byte order mark would be lost.
+    const QByteArray longer =
+        'x' + text; // fromUtf8() would drop a byte order mark at the beginning.
     return QString::fromUtf8(longer.constData(), longer.size()).toUtf8() == longer;
 }
 
-// Follows the reader of QSettings, as it cuts a file into lines, lines into keys and values, and
-// values into items.
+// Parses the text as QSettings does: lines, keys and values, list items, quotes, escapes, comments.
 bool namesObject(const QByteArray &ini)
 {
-    const QByteArray byteOrderMark = "\xef\xbb\xbf"; // dropped by the reader
-    // Parts of other letters it may drop as well; then none of such bytes counts.
-    const bool hasLetters = isUtf8(ini);
-    QByteArray item; // what the reader has of it so far
+    const QByteArray byteOrderMark = "\xef\xbb\xbf"; // QSettings drops it anywhere.
+    const bool skipsNonAscii = !isUtf8(ini);
+    QByteArray item; // the decoded part of a value or list item
     bool inValue = false;
     bool inQuotes = false;
-    bool skipsBlanks = false;
+    bool skipsSpaces = false;
     const char *const end = ini.constData() + ini.size();
     for (const char *at = ini.constData(); at != end;) {
         const char ch = *at++;
         if (ch == '\\') {
-            const int escaped = takeEscape(at, end);
-            if (escaped != nothing)
+            const int escaped = decodeEscape(at, end);
+            if (escaped != noCharacter)
                 item += escaped < 0x80 ? char(escaped) : '?';
-            skipsBlanks = false;
+            skipsSpaces = false;
         } else if (ch == '"') {
             inQuotes = !inQuotes;
-            skipsBlanks = !inQuotes;
+            skipsSpaces = !inQuotes;
         } else if (!inQuotes && (ch == ';' || ch == '\r' || ch == '\n')) {
             while (ch == ';' && at != end && *at != '\r' && *at != '\n')
                 ++at;
@@ -72,13 +73,13 @@ bool namesObject(const QByteArray &ini)
         } else if (!inQuotes && ch == (inValue ? ',' : '=')) {
             item.resize(0);
             inValue = true;
-            skipsBlanks = true;
-        } else if (!skipsBlanks || (ch != ' ' && ch != '\t')) {
-            if (hasLetters || uchar(ch) < 0x80)
+            skipsSpaces = true;
+        } else if (!skipsSpaces || (ch != ' ' && ch != '\t')) {
+            if (!skipsNonAscii || uchar(ch) < 0x80)
                 item += ch;
             if (item.endsWith(byteOrderMark))
                 item.chop(byteOrderMark.size());
-            skipsBlanks = false;
+            skipsSpaces = false;
         }
         if (inValue && (item == "@Variant(" || item == "@DateTime("))
             return true;

@@ -2,12 +2,12 @@
 
 class QByteArray;
 
-/// Whether the reader of QSettings would build an object, of whatever type and size the file says,
-/// from a value or an item of a list in this text of an INI file: from one that reads "@Variant(…)"
-/// or "@DateTime(…)", in any spelling.
+/// Whether QSettings would build an object, of any type and size that the file states, from a value
+/// or a list item in this text of an INI file: "@Variant(…)" or "@DateTime(…)", in any spelling.
 ///
-/// What comes of a file that is not UTF-8 depends on the version of Qt. There the bytes that are
-/// not ASCII are skipped: rather a text such as "é@Variant(" than an object that passes.
+/// How QSettings decodes a text that is not UTF-8 depends on the version of Qt. There, bytes that
+/// are not ASCII are skipped, so that no object can hide behind them; "é@Variant(" is a false
+/// positive.
 bool namesObject(const QByteArray &ini);
 
 bool isUtf8(const QByteArray &text);

@@ -26,8 +26,8 @@ MainWindow::MainWindow(QWidget *parent)
 
     connect(ui->conbox0, SIGNAL(currentIndexChanged(int)), this, SLOT(universal_show(int)));
     checkCustomDevicePathPolicy();
-    // Directly, for a reply that was there before a tick has to be taken before it: the tick would
-    // move the counter on, and the reply would count for the next command.
+    // Not queued: a reply that arrived before a tick must be handled before it, or it would be
+    // attributed to the next command.
     connect(&serial, &QSerialPort::readyRead, this, &MainWindow::readData);
     connect(&serial, &QSerialPort::errorOccurred, this, &MainWindow::handleError);
 }
@@ -43,7 +43,8 @@ MainWindow::~MainWindow()
     }
 }
 
-/// Keeps the status. No action has a status tip, so what the menu sends of them is always empty.
+/// Ignores status tips. No action has one, so the menu sends empty ones, which would clear the
+/// status.
 bool MainWindow::event(QEvent *event)
 {
     return event->type() == QEvent::StatusTip || QMainWindow::event(event);
@@ -117,7 +118,7 @@ void MainWindow::universal_show(int index)
 
     for (const Parameter &parameter : parameters()) {
         QWidget *field = fieldOf(parameter);
-        // The hidden group already takes them out of sight.
+        // The hidden group hides them.
         if (!client && parameter.isUniversalOnly() && ui->groupBox_client->isAncestorOf(field))
             continue;
         const bool shown = parameter.belongsTo(*kind);

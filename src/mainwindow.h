@@ -11,13 +11,13 @@ class Ui_MainWindow;
 /// The program's one window: the form, the serial link and the timed dialogue with the module.
 ///
 /// Its files: mainwindow.cpp holds construction and the look of the form, mainwindow_link.cpp the
-/// port, mainwindow_read.cpp and mainwindow_write.cpp the sequences that send, mainwindow_reply.cpp
-/// the one receiver, mainwindow_files.cpp the menu.
+/// port, mainwindow_read.cpp and mainwindow_write.cpp the sequences, mainwindow_reply.cpp the
+/// handling of replies, mainwindow_files.cpp the menu.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 
 public:
-    /// Until a module kind is chosen, in pixels.
+    /// The size until a module kind is chosen, in pixels.
     static constexpr QSize startSize{754, 550};
 
     explicit MainWindow(QWidget *parent = nullptr);
@@ -59,7 +59,7 @@ private slots:
 private:
     // mainwindow.cpp
     void createTimer(QTimer *&timer, const char *tickSlot);
-    /// A timed dialogue: its timer ticks once a second, its counter holds the next step.
+    /// A read or a write. Its timer ticks once a second; its counter holds the next step.
     struct Sequence {
         static constexpr int tickMs = 1000;
 
@@ -67,7 +67,7 @@ private:
         int &step;
 
         void start() const;
-        void stop() const; ///< and zeroes the counter
+        void stop() const; ///< also zeroes the counter
     };
     Sequence readSequence(Dialect dialect);
     Sequence writeSequence(Dialect dialect);

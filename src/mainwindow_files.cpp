@@ -22,14 +22,14 @@ struct TextField {
 struct IndexField {
     QComboBox *Ui_MainWindow::*field;
     int setting_module::*member;
-    int saveDefault;                  ///< saved for the blank item
-    const char *traceLabel = nullptr; ///< stands behind the loaded index in the debug log
+    int saveDefault;                  ///< saved for the empty item
+    const char *traceLabel = nullptr; ///< follows the loaded index in the debug output
 };
 
 using Ui = Ui_MainWindow;
 using Store = setting_module;
 
-/// In the order in which a loaded file fills the form.
+/// In the order in which loading a file fills the form.
 const std::variant<TextField, IndexField> fields[] = {
     TextField{&Ui::lineEdit_ip, &Store::ipAddress, "192.168.0.1"},
     TextField{&Ui::lineEdit_mask, &Store::mask, "255.255.255.0"},
@@ -112,7 +112,7 @@ void MainWindow::on_action_triggered()
     loadSettingsFile(Traces::First);
 }
 
-// By its name the slot of a command "show". The form has none, which Qt reports at each start.
+// Named like the slot of an action "show". The form has none, which Qt reports at each start.
 void MainWindow::on_action_show_triggered() { }
 
 void MainWindow::loadSettingsFile(Traces traces)

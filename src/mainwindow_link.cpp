@@ -45,7 +45,7 @@ void MainWindow::openport()
     universal_show(ui->conbox0->currentIndex());
     serial.setPortName(ui->serialPortInfoListBox->currentText());
     {
-        // A failing open is reported below; its signal would make a lost port of it as well.
+        // A failing open is reported below. Its errorOccurred would report a lost port as well.
         const QSignalBlocker blocker(serial);
         serial.open(QIODevice::ReadWrite);
     }
@@ -83,7 +83,7 @@ void MainWindow::setLinkControls(bool open)
         control->setEnabled(!open);
 }
 
-/// Treats the port as lost when its line hangs up, which not every version of the library reports.
+/// Handles a hung-up line as a lost port. Not every version of the library reports it.
 void MainWindow::watchForHangUp()
 {
     auto *notifier = new QSocketNotifier(serial.handle(), QSocketNotifier::Exception, this);
@@ -92,7 +92,7 @@ void MainWindow::watchForHangUp()
             handleError(QSerialPort::ResourceError);
     });
     connect(&serial, &QSerialPort::aboutToClose, notifier, [notifier] {
-        // Not deleted at once, because its own signal may be what closes the port.
+        // Not deleted here, because its own signal may have closed the port.
         notifier->setEnabled(false);
         notifier->deleteLater();
     });
@@ -121,11 +121,11 @@ void MainWindow::handleError(QSerialPort::SerialPortError error)
     styleclear();
 }
 
-/// Tells the user that the module is silent, then closes the port. The sequence ticks on until the
-/// box has been closed.
+/// Tells the user that the module is silent, then closes the port. The sequence keeps ticking until
+/// the box is closed.
 void MainWindow::reportNoConnection(ModuleKind kind, const Sequence &sequence)
 {
-    // This runs in the timer's own slot, where a timer is mute until it is started anew.
+    // This runs in the timer's own slot, in which the timer does not fire unless it is restarted.
     sequence.timer->start();
     QMessageBox::critical(this, tr(text::connectionError),
                           QString(text::noConnection).arg(nameOf(kind)));

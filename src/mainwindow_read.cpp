@@ -8,7 +8,7 @@
 
 namespace {
 
-/// The step at which a read sequence looks for the answer to its first query.
+/// The step that tests whether the module has answered the first query.
 constexpr int connectionTest = 1;
 
 void empty(QLineEdit *field)
@@ -29,7 +29,7 @@ void MainWindow::on_scan_parameters_clicked()
     if (label == text::scan) {
         ui->scan_parameters->setText(text::stopScan);
         ui->applyButton->setText(text::apply);
-        // Both, whatever the kind: a file loaded under a write may have changed the kind.
+        // Both, because a file that was loaded during a write may have changed the kind.
         writeSequence(Dialect::Fixed).stop();
         writeSequence(Dialect::Universal).stop();
         if (const std::optional<ModuleKind> kind = selectedKind())
@@ -51,7 +51,7 @@ void MainWindow::startRead(ModuleKind kind)
     resetFields(kind);
 }
 
-/// Empties the fields for a read. The fixed kinds share one set of fields, whichever is selected.
+/// Clears the fields before a read. For either fixed kind, clears the fields of both.
 void MainWindow::resetFields(ModuleKind kind)
 {
     for (const Parameter &parameter : parameters()) {

@@ -29,8 +29,8 @@ bool take(QComboBox *field, const Codes &codes, const QString &value)
 
 } // namespace
 
-/// Takes one delivery. What opens a box is left to the event loop: the port is silent while a slot
-/// of its readyRead runs, so deliveries behind the box would pile up and be taken for one.
+/// Handles one delivery. Boxes are opened by queued calls: readyRead is not emitted while its slot
+/// runs, so data that arrives behind a box opened here would be parsed as one reply.
 void MainWindow::readData()
 {
     replyText = protocol::replyText(serial.readAll());
@@ -41,7 +41,7 @@ void MainWindow::readData()
     }
     qDebug() << "data 2:" + replyText;
 
-    // The list of the RTU-TCP kind begins with the whole list of the TCP-RTU kind.
+    // The RTU-TCP list serves TCP-RTU too, because it begins with the whole TCP-RTU list.
     if (changeTimer->isActive())
         takeAcknowledgement(ModuleKind::RtuTcp);
     else if (scanTimer->isActive())
@@ -52,7 +52,7 @@ void MainWindow::readData()
         takeReply(ModuleKind::Universal);
 }
 
-/// A line that delivers nothing but line ends must not bury the window under boxes.
+/// Limits the number of boxes, because a line may deliver nothing but line ends.
 void MainWindow::reportEmptyDelivery()
 {
     constexpr int mostBoxes = 10;
@@ -60,7 +60,7 @@ void MainWindow::reportEmptyDelivery()
         QMessageBox::critical(this, tr(text::emptyDelivery), text::connectionError);
 }
 
-/// Takes the reply to the query that the step before sent.
+/// Handles the reply to the query that the previous step sent.
 void MainWindow::takeReply(ModuleKind kind)
 {
     const QVector<const Parameter *> queried = readList(kind);
@@ -82,7 +82,7 @@ void MainWindow::showReply(const Parameter &parameter, Dialect dialect)
     setMark(parameter, taken ? mark::green : mark::red);
 }
 
-/// Shows the value of a parameter that can be switched off. No value means off rather than unknown.
+/// Shows the value of a parameter that can be switched off. An empty value is marked as off.
 void MainWindow::showOffReply(const Parameter &parameter, const QString &value)
 {
     setMark(parameter, value.isEmpty() ? mark::lilac : mark::green);
@@ -95,8 +95,8 @@ void MainWindow::showOffReply(const Parameter &parameter, const QString &value)
     (ui->*parameter.offSwitch)->setChecked(off);
 }
 
-/// Takes the acknowledgement of the write command at an even step, which may arrive during that
-/// step's tick or the idle one that follows it.
+/// Handles the reply to a write command. The command was sent at an even step; its reply may arrive
+/// before or after the idle tick that follows.
 void MainWindow::takeAcknowledgement(ModuleKind kind)
 {
     const QVector<const Parameter *> written = writeList(kind);

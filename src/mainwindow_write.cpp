@@ -9,7 +9,7 @@
 
 namespace {
 
-/// The idle step of the last command that the check for a silent module looks at.
+/// The idle step that follows the last of the checked commands.
 constexpr int acknowledgementCheck = 2 * checkedCommands - 1;
 
 QByteArray valueIn(const QLineEdit *field, const Codes & /*codes*/)
@@ -22,7 +22,7 @@ QByteArray valueIn(const QComboBox *field, const Codes &codes)
     return protocol::codeOf(codes, field->currentIndex());
 }
 
-/// What the universal write names its first steps in the debug log.
+/// The name of a step in the debug output of the universal write, or nullptr.
 const char *traceMarker(int step)
 {
     switch (step) {
@@ -93,8 +93,8 @@ void MainWindow::change_mode_TCP()
     writeStep(ModuleKind::Universal);
 }
 
-/// One tick of a write: a command on every even step, an idle tick for its acknowledgement on every
-/// odd one, and the restart of the module at the end.
+/// Executes one tick of a write. Even steps send a command, odd steps wait for its acknowledgement,
+/// and the last step restarts the module.
 void MainWindow::writeStep(ModuleKind kind)
 {
     const QVector<const Parameter *> written = writeList(kind);

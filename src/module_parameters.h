@@ -24,49 +24,49 @@ constexpr ModuleKinds setOf(ModuleKind kind)
     return 1U << static_cast<unsigned>(kind);
 }
 
-/// The wording that a module uses: TCP-RTU and RTU-TCP modules share one, the universal module has
-/// its own parity codes, acknowledgement and restart command.
+/// The words that a module uses. TCP-RTU and RTU-TCP modules, whose mode is fixed, share one
+/// dialect. The universal module has its own parity codes, acknowledgement and restart command.
 enum class Dialect { Fixed, Universal };
 constexpr Dialect dialectOf(ModuleKind kind)
 {
     return kind == ModuleKind::Universal ? Dialect::Universal : Dialect::Fixed;
 }
 
-/// One wire code of a coded parameter.
+/// The code of one combo box item on the line.
 struct Code {
     int item;          ///< index in the parameter's combo box
     const char *reply; ///< what the module reports
     const char *write =
-        reply; ///< what it is told; of several codes of an item the first is written
+        reply; ///< what it is told; if an item has several codes, the first is written
 };
 using Codes = QVector<Code>;
 
-/// Where a parameter departs from what the others do.
+/// What a parameter does differently from the others.
 enum Trait : unsigned {
     NoTraits = 0,
     RefusedByQuestionMark = 1U << 0, ///< a universal module refuses it with "?" and nothing else
-    TightWriteError = 1U << 1,       ///< its write error box has no blank before the text
+    TightWriteError = 1U << 1,       ///< the text of its write error box begins without a space
     KeepsMarkAtScanStart = 1U << 2,
     KeepsMarkAtStyleclear = 1U << 3,
-    TracedInFixedDialect = 1U << 4, ///< its write command goes to the debug log
+    TracedInFixedDialect = 1U << 4, ///< its write command is printed as debug output
     TracedInUniversalDialect = 1U << 5,
     Traced = TracedInFixedDialect | TracedInUniversalDialect,
 };
 
-/// One module parameter: how it is shown, read and written. How it is saved is up to the settings
-/// files (setting_module.cpp, mainwindow_files.cpp).
+/// One module parameter: how it is shown, read and written. How it is saved is defined in
+/// setting_module.cpp and mainwindow_files.cpp.
 struct Parameter {
-    ModuleKinds kinds; ///< the kinds that have it; other kinds neither show, read nor write it
+    ModuleKinds kinds; ///< the kinds that show, read and write it
     const char
         *query; ///< sent to read it; the reply repeats it, adds one separator, then the value
-    int width;  ///< the most characters that the value has in a reply
-    const char *writeCommand; ///< sent with the value appended; nullptr if it is display only
+    int width;  ///< maximum length of the value in a reply, in characters
+    const char *writeCommand; ///< sent with the value appended; nullptr if it is display-only
     QLabel *Ui_MainWindow::*label;
     std::variant<QLineEdit * Ui_MainWindow::*, QComboBox * Ui_MainWindow::*> field;
     unsigned traits = NoTraits;
     Codes fixedCodes = {};             ///< of a combo box
     Codes universalCodes = fixedCodes; ///< where the universal dialect has its own
-    const char *traceLabel = nullptr;  ///< stands before the write command in the debug log
+    const char *traceLabel = nullptr;  ///< precedes the write command in the debug output
     QCheckBox *Ui_MainWindow::*offSwitch = nullptr; ///< checked for the value "off"
 
     bool belongsTo(ModuleKind kind) const { return (kinds & setOf(kind)) != 0; }
@@ -84,7 +84,7 @@ const QVector<Parameter> &parameters();
 /// The parameters that a read of this kind queries, in order.
 QVector<const Parameter *> readList(ModuleKind kind);
 
-/// The first write commands of a kind, one of which has to be acknowledged or the write ends.
+/// How many of the first write commands are checked: the write ends if none is acknowledged.
 constexpr int checkedCommands = 2;
 
 /// The parameters that a write of this kind sends, in order.

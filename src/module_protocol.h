@@ -5,9 +5,9 @@
 #include <QByteArray>
 #include <QString>
 
-/// Bytes of the serial dialogue to values and back. A command is sent in one piece without a
-/// terminator; a query is answered with its keyword, one separator character and the value, a write
-/// command with a bare acknowledgement word.
+/// Converts the bytes on the serial line to values and back. A command is sent in one piece without
+/// a terminator; a query is answered with its keyword, one separator character and the value, a
+/// write command with a bare acknowledgement word.
 namespace protocol {
 
 constexpr char restart[] = "RESET"; ///< understood by every kind
@@ -22,20 +22,20 @@ const char *restartAfterWrite(Dialect dialect);
 /// The text of one delivery: UTF-8 up to the first NUL, without any CR and LF.
 QString replyText(const QByteArray &delivery);
 
-/// The value in a reply to the parameter's query: taken by position and width, the keyword and the
-/// separator are not looked at. Empty if the reply ends before the value.
+/// The value in a reply to the parameter's query: taken by position and width; the keyword and the
+/// separator are not checked. Empty if the reply ends before the value.
 QString valueField(const Parameter &parameter, const QString &replyText);
 
 /// The combo box item that a reply value selects, or -1 for an unknown code.
 int itemOf(const Codes &codes, const QString &value);
 
-/// The value that writes a combo box item; empty for an item without a code, like the blank one.
+/// The value that writes a combo box item; empty for an item without a code, like the empty one.
 QByteArray codeOf(const Codes &codes, int item);
 
 enum class Judgement { Acknowledged, Refused, Meaningless };
 
-/// What a reply to the parameter's write command says. The universal module refuses some parameters
-/// with "?" only; any other word is then Meaningless.
+/// The meaning of a reply to the parameter's write command. The universal module refuses some
+/// parameters with "?" only; any other word is then Meaningless.
 Judgement judge(const Parameter &parameter, Dialect dialect, const QString &replyText);
 
 } // namespace protocol

@@ -47,9 +47,9 @@ void read(const QSettings &settings, const char *key, int &member)
     member = settings.value(key, 0).toInt();
 }
 
-/// The text with single halves of surrogate pairs spelled by number. A backslash that the reader
-/// drops with the character behind it ends each number.
-QString spelled(const QString &text, const QString &backslash)
+/// Replaces each surrogate without its other half by its number as an escape, which ends with a
+/// backslash and a character that QSettings drops.
+QString escapeLoneSurrogates(const QString &text, const QString &backslash)
 {
     QString result;
     for (int i = 0; i < text.size(); ++i) {
@@ -64,28 +64,28 @@ QString spelled(const QString &text, const QString &backslash)
     return result;
 }
 
-/// What a file holds; none if it cannot be read, or is nothing that could be read at once.
+/// The content of a file; none if it cannot be read, is no regular file or is too large.
 std::optional<QByteArray> contentOf(const QFileInfo &info)
 {
-    constexpr qint64 mostBytes = 1 << 22; // Eleven full line edits take up to 3 MiB.
+    constexpr qint64 mostBytes = 1 << 22; // A save of full line edits takes up to 3 MiB.
     if (!info.isFile() || info.size() > mostBytes)
         return std::nullopt;
     QFile file(info.filePath());
     if (!file.open(QIODevice::ReadOnly))
         return std::nullopt;
-    const QByteArray content = file.read(info.size());
+    QByteArray content = file.read(info.size());
     if (content.size() != info.size())
         return std::nullopt;
     return content;
 }
 
-/// False if it cannot be written, also for a full disk.
+/// Returns false if the content cannot be written, for example because the disk is full.
 bool write(QFileDevice &file, const QByteArray &content)
 {
     return file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.flush();
 }
 
-/// Puts the content in the place of the file, or leaves that as it was.
+/// Replaces the content of the file, or leaves the file unchanged.
 void replace(const QFileInfo &info, const QByteArray &content)
 {
     QDir().mkpath(info.path());
@@ -106,11 +106,9 @@ setting_module::~setting_module()
     delete settings;
 }
 
-/// Opens a copy of the file in `settings`, of an empty one where there is none or it cannot be
-/// read. Whether the copy may take the file's place.
-///
-/// QSettings is not let at the file itself: it waits for a lock, and keeps what it could not write
-/// in a cache of the process, by file name, to write it when a file of that name is opened next.
+/// Opens a copy of the file in `settings`. The copy is empty if there is no file or it cannot be
+/// read. Returns whether the copy may replace the file. Why QSettings must not open the file itself
+/// is told in docs/developers.md.
 bool setting_module::open(const QFileInfo &file)
 {
     std::optional<QByteArray> content = file.exists() ? contentOf(file) : QByteArray();
@@ -120,12 +118,12 @@ bool setting_module::open(const QFileInfo &file)
     scratch = std::make_unique<QTemporaryDir>();
     QFile copy(scratch->filePath("copy"));
     const bool copied = write(copy, content.value_or(QByteArray()));
-    // A load does not need room for a copy.
+    // If the copy cannot be written (disk full), load the original.
     settings =
         new QSettings(content && !copied ? file.filePath() : copy.fileName(), QSettings::IniFormat);
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
-    // Letters that take several bytes come from Qt 6 or an editor; Qt 5 itself writes escapes. So
-    // it does here too, for through a codec it would lose the letters that are surrogate pairs.
+    // Qt 6 and editors write UTF-8, Qt 5 writes escapes. The codec is for reading only, because
+    // with it Qt 5 would write surrogate pairs wrongly.
     if (isUtf8(content.value_or(QByteArray())))
         settings->setIniCodec("UTF-8");
     settings->allKeys(); // decodes the values
@@ -164,12 +162,14 @@ void setting_module::SaveNTSetting(QString FileName)
     for (const Key &key : keys) {
         std::visit([&](auto member) { settings->setValue(key.name, this->*member); }, key.member);
     }
-    // Qt 6 cannot write a single half of a pair, nor read a byte order mark that begins a text.
-    const QString backslash = QUuid::createUuid().toString(); // until QSettings has written it
+    // Qt 6 cannot write a surrogate without its other half, nor read a byte order mark at the
+    // beginning of a text, so both become escapes. QSettings would double their backslashes: a
+    // unique text stands for these until it has written the file.
+    const QString backslash = QUuid::createUuid().toString();
     for (const QString &key : settings->allKeys()) {
         const QVariant value = settings->value(key);
         if (value.userType() == QMetaType::QString)
-            settings->setValue(key, spelled(value.toString(), backslash));
+            settings->setValue(key, escapeLoneSurrogates(value.toString(), backslash));
     }
     settings->sync();
     if (settings->status() == QSettings::AccessError)

@@ -13,9 +13,9 @@ class QTemporaryDir;
 ///
 /// The members are filled before a save and read after a load; they hold exactly what the user
 /// typed or the file held. The integers are indexes of the form's combo boxes. Nothing is checked
-/// and no failure is reported: what cannot be read takes its default, what cannot be written stays
-/// as it is. Neither read nor written is a file of more than 4 MiB, nor one of which namesObject()
-/// is true. Whatever is typed, a save makes no such file.
+/// and no failure is reported: a value that cannot be read takes its default, a file that cannot be
+/// written stays unchanged. Files of more than 4 MiB, and files for which namesObject() is true,
+/// are neither read nor written. A save never makes such a file.
 class setting_module : public QObject {
     Q_OBJECT
 
@@ -23,7 +23,7 @@ public:
     explicit setting_module(QObject *parent = nullptr);
     ~setting_module() override;
 
-    QString moduleName; ///< item text of the kind combo box, trailing blank included
+    QString moduleName; ///< item text of the kind combo box, with its trailing space
     QString ipAddress;
     QString mask;
     QString gateway;
@@ -38,16 +38,16 @@ public:
     QString rtuVirtualId;
     QString tcpSlaveId;            ///< or "off"
     QString fileName;              ///< answer of the last dialog, empty if it was cancelled
-    QSettings *settings = nullptr; ///< the copy that the last load or save opened, owned
+    QSettings *settings = nullptr; ///< owned; the copy that the last load or save opened
 
 public slots:
     void LoadNTSetting(); ///< asks for the file
     void SaveNTSetting(); ///< asks for the file
     void LoadNTSetting(QString FileName);
-    void SaveNTSetting(QString FileName); ///< keeps what else an existing file holds
+    void SaveNTSetting(QString FileName); ///< keeps the other keys of an existing file
 
 private:
     bool open(const QFileInfo &file);
 
-    std::unique_ptr<QTemporaryDir> scratch; ///< where the copy lies
+    std::unique_ptr<QTemporaryDir> scratch; ///< holds the copy
 };

@@ -1,12 +1,12 @@
 #pragma once
 
-/// Texts that the code sets or compares. Several carry state and mix alphabets (the first letter of
-/// "Cоединиться" is Latin), so the code has each from here and never types it again. The form
-/// starts with connectPort and scan of its own, in mainwindow.ui: if they differed, their buttons
-/// would be dead.
+/// Texts that the code sets or compares. Several of them are state, and some mix alphabets (the
+/// first letter of "Cоединиться" is Latin), so they are defined only here. The form has its own
+/// copies of connectPort and scan, in mainwindow.ui: if these differed, their buttons would do
+/// nothing.
 namespace text {
 
-// Button labels that say what the next click does.
+// Button texts. Each says what the next click does.
 constexpr char connectPort[] = "Cоединиться";
 constexpr char disconnectPort[] = "Отсоединиться";
 constexpr char scan[] = "Сканировать";
@@ -43,8 +43,8 @@ constexpr char currentFile[] = "Текущий файл (%1)";
 
 // File dialogs.
 constexpr char settings[] = "Настройки";
-// With its last semicolon the filter alone matches nothing; a second one makes a separator of it,
-// and finds what was saved without the ending as well.
+// The first filter's trailing ";" alone would break it; with the next ";" it forms the separator
+// ";;". The second filter also lists files saved without the extension.
 constexpr char settingsFilter[] = "TCP_RTU settings (*.TRset);"
                                   ";Все файлы (*)";
 
@@ -56,7 +56,7 @@ namespace mark {
 constexpr char none[] = "";
 constexpr char green[] = "background-color:  #90ee90;"; ///< value read, or write acknowledged
 constexpr char red[] = "background-color: #FF2400"; ///< reply empty or unknown, or write refused
-constexpr char lilac[] = "background-color:  #f5edff;";        ///< display only, or switched off
+constexpr char lilac[] = "background-color:  #f5edff;";        ///< display-only, or switched off
 constexpr char lilacFromFile[] = "background-color: #f5edff;"; ///< lilac, as a loaded file sets it
 
 } // namespace mark
