@@ -1,4 +1,4 @@
-# For 32-bit ARM with hard float, on the root file system that scripts/make-sysroot makes.
+# For 32-bit ARM with hard float, with the sysroot that scripts/make-sysroot makes.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR armv7l)
 set(CMAKE_CXX_COMPILER arm-linux-gnueabihf-g++)

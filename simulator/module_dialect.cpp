@@ -6,7 +6,7 @@ namespace simulator {
 
 namespace {
 
-/// Turns a value as written into the value as reported; empty if the module refuses it.
+/// Converts a written value to the value that is reported, or to nothing if the module refuses it.
 using Rule = QByteArray (*)(const QByteArray &written);
 
 struct Code {
@@ -18,7 +18,7 @@ constexpr Code modeCodes[] = {{"SERVER", "server"}, {"CLIENT", "client"}};
 constexpr Code parityDigits[] = {{"0", "0"}, {"1", "1"}, {"2", "2"}};
 constexpr Code parityWords[] = {{"none", "none"}, {"odd", "odd"}, {"even", "even"}};
 constexpr Code stopBitCodes[] = {{"1", "1"}, {"2", "2"}};
-// What is reported for 57600 is the firmware's own slip; programs rely on it.
+// The firmware reports 57600 wrongly; programs rely on it.
 constexpr Code speedCodes[] = {{"1200", "1200"},    {"2400", "2400"},     {"4800", "4800"},
                                {"9600", "9600"},    {"19200", "19200"},   {"38400", "38400"},
                                {"57600", "57200"},  {"115200", "115200"}, {"128000", "128000"},
@@ -33,7 +33,7 @@ template <const auto &codes> QByteArray coded(const QByteArray &written)
     return {};
 }
 
-/// -1 unless the text is exactly how a number from 0 on is written: no sign, blank or leading zero.
+/// The number, or -1 for any other text. A number has no sign, space or leading zero.
 int decimal(const QByteArray &text)
 {
     const int number = text.toInt();
@@ -99,12 +99,12 @@ constexpr unsigned all = numeric | universal;
 struct Parameter {
     unsigned kinds;
     const char *query;
-    const char *writeCommand; // null: read only
+    const char *writeCommand; // nullptr: read-only
     Rule rule;
     const char *factoryValue;
 };
 
-// In the order in which a reader asks.
+// In the order in which they are read.
 constexpr Parameter parameters[] = {
     {universal, "MODE TCP", "CHANGE MODE TCP:", coded<modeCodes>, "server"},
     {universal, "version", nullptr, nullptr, "1.0.7"},

@@ -4,13 +4,13 @@
 #include <QMap>
 #include <QVector>
 
-/// A protocol-converter module that exists only as a program, on a pseudo-terminal.
-/// Throughout, the name of a parameter is its query keyword ("ip", "PORT TCP").
+/// A protocol-converter module simulated in software, on a pseudo-terminal.
+/// The name of a parameter is its query keyword ("ip", "PORT TCP").
 namespace simulator {
 
 enum class ModuleKind { TcpRtu, RtuTcp, Universal };
 
-/// What a module makes of the bytes of one command.
+/// The bytes of one command, parsed.
 struct Command {
     enum class Type { Query, Write, Restart, FactoryReset, Invalid };
 
@@ -22,13 +22,13 @@ struct Command {
 /// Invalid: unknown to the kind, or a write command whose value the module does not accept.
 Command parseCommand(ModuleKind kind, const QByteArray &bytes);
 
-/// The parameters of a kind, in the order in which a reader asks for them.
+/// The parameters of a kind, in the order in which they are read.
 QVector<QByteArray> queriesOf(ModuleKind kind);
 
-/// The values a module leaves the factory with, by parameter, as replies report them.
+/// The factory settings by parameter, as replies report them.
 QMap<QByteArray, QByteArray> factoryValues(ModuleKind kind);
 
-/// Replies, line end included.
+/// Replies, with their line end.
 QByteArray queryReply(const QByteArray &query, const QByteArray &value);
 QByteArray acknowledgement(ModuleKind kind);
 QByteArray refusal(ModuleKind kind);

@@ -21,7 +21,7 @@ PtyLine::PtyLine(const QString &path, QObject *parent)
     : QObject(parent)
 {
     if (path.isEmpty()) {
-        // Short, for a list of ports has little room.
+        // A short path, because the list of ports is narrow.
         folder = std::make_unique<QTemporaryDir>(QDir::tempPath() + "/pty-XXXXXX");
         linkPath = folder->filePath("module");
     } else {
@@ -62,8 +62,8 @@ bool PtyLine::openPty()
         return fail("cannot open a pty");
     ptyPath = QFile::decodeName(name);
 
-    // Kept open for as long as the line is: with no one at all at the far end, the master would
-    // report a hang-up without end and keep the notifier firing.
+    // Stays open as long as the line: without any open slave, the master would report a hang-up
+    // continuously, and its notifier would fire continuously.
     slave = ::open(name, O_RDWR | O_NOCTTY | O_CLOEXEC);
     termios settings;
     if (slave < 0 || tcgetattr(slave, &settings) != 0)
@@ -79,7 +79,7 @@ bool PtyLine::openPty()
 
 bool PtyLine::makeLink()
 {
-    // A pty link left by a simulator that was killed may lead to a pty again, somebody else's.
+    // The link of a simulator that was killed may point to a pty again, of another program.
     const QFileInfo old(linkPath);
     if (old.isSymLink()
         && (!old.exists() || old.symLinkTarget().startsWith(QLatin1String("/dev/pts/"))))
@@ -106,20 +106,20 @@ void PtyLine::readAll()
         emit received(bytes);
 }
 
-/// Takes what has happened at the far end until now. True if somebody has read there.
+/// Handles the events of the slave until now. Returns whether a client has read from it.
 bool PtyLine::takeAccesses()
 {
     bool read = false;
     alignas(inotify_event) char buffer[512];
     ssize_t size = 0;
     while ((size = ::read(accesses, buffer, sizeof buffer)) > 0) {
-        // None of the events has a name behind it, because what is watched is no folder.
+        // The events have no names appended, because the watched file is no folder.
         for (const char *next = buffer; next < buffer + size; next += sizeof(inotify_event)) {
             inotify_event event;
             std::memcpy(&event, next, sizeof event);
             read = read || (event.mask & IN_ACCESS) != 0;
-            // A program that was killed leaves its exclusive access behind, because the slave stays
-            // open here. It would lock out the next program.
+            // The slave stays open here, so the exclusive access of a client that was killed would
+            // lock out the next one.
             if ((event.mask & IN_CLOSE) != 0)
                 ioctl(slave, TIOCNXCL);
         }
@@ -135,7 +135,7 @@ void PtyLine::reportAccesses()
 
 void PtyLine::write(const QByteArray &bytes)
 {
-    takeAccesses(); // of what was written before
+    takeAccesses(); // drops reads of what was written before
     int done = 0;
     while (isOpen() && done < bytes.size()) {
         const ssize_t count =
@@ -149,11 +149,11 @@ void PtyLine::write(const QByteArray &bytes)
 void PtyLine::hangUp()
 {
     for (auto *notifier : findChildren<QSocketNotifier *>()) {
-        // It may be the one that is calling just now.
+        // Not deleted here, because its own signal may have led here.
         notifier->setEnabled(false);
         notifier->deleteLater();
     }
-    // The name may have been taken over by another line in the meantime.
+    // Another line may have replaced the link.
     const QFileInfo link(linkPath);
     if (isOpen() && link.isSymLink() && link.symLinkTarget() == ptyPath)
         QFile::remove(linkPath);

@@ -7,37 +7,37 @@
 
 namespace simulator {
 
-/// The module's end of a serial line: a pseudo-terminal whose other end is opened, like any serial
-/// port, under a path that stays the same however often the line is hung up and opened again.
+/// The module's end of a serial line: the master of a pseudo-terminal. Clients open the slave like
+/// a serial port. Its path stays the same when the line is hung up and opened again.
 class PtyLine : public QObject {
     Q_OBJECT
 
 public:
-    /// The path is a symbolic link made by open(); without one given, it lies in a private folder.
+    /// open() makes a symbolic link at the path, by default in a temporary folder.
     explicit PtyLine(const QString &linkPath = QString(), QObject *parent = nullptr);
     ~PtyLine() override;
 
-    /// False, with errorString() set, if there is no pty to be had or the link cannot be made. A
-    /// link that leads nowhere or to a pty is replaced; anything else under its name is left alone.
+    /// Returns false and sets errorString() if no pty is available or the link cannot be made. A
+    /// link that is broken or points to a pty is replaced; any other file at the path is kept.
     bool open();
     bool isOpen() const { return master >= 0; }
     QString errorString() const { return message; }
 
     QString path() const { return linkPath; }
-    /// The descriptor of the end that others open, which this holds open too; readable for as long
-    /// as they have not read what was written. -1 while the line is hung up.
+    /// The slave's descriptor, which stays open here. Readable as long as the clients have not read
+    /// everything that was written. -1 while the line is hung up.
     int farEnd() const { return slave; }
 
-    /// Never blocks: what the line cannot take is lost, as from a UART that nobody reads.
+    /// Never blocks: bytes that the line cannot take are lost, as with a UART that nobody reads.
     void write(const QByteArray &bytes);
 
-    /// Whoever has the port open sees it vanish; the link goes too.
+    /// Hangs up the line for each client and removes the link.
     void hangUp();
 
 signals:
-    /// All that had come when the line was looked at.
+    /// All bytes that had arrived when the line was read.
     void received(const QByteArray &bytes);
-    /// Somebody has read something at the far end since the last write().
+    /// A client has read something since the last write().
     void wasRead();
 
 private:
@@ -55,7 +55,7 @@ private:
     QString message;
     int master = -1;
     int slave = -1;
-    int accesses = -1; ///< tells when someone reads or closes the far end
+    int accesses = -1; ///< inotify descriptor: a client has read from or closed the slave
 };
 
 } // namespace simulator

@@ -4,10 +4,10 @@ namespace simulator {
 
 namespace {
 
-// Long enough for the program to have read what came before the line goes dead.
+// Long enough for the client to read what was sent before the line hangs up.
 constexpr int hangUpDelayMs = 50;
 
-// An escape sequence, a NUL in the middle, and bytes that are no UTF-8.
+// An escape sequence, a NUL in the middle, and bytes that are not UTF-8.
 const char noiseHex[] = "a71b5b33316d3f00ffc3288007fe9c41";
 
 } // namespace
@@ -75,7 +75,7 @@ void SimulatedModule::takeCommand(const QByteArray &bytes)
         floodEnd.setRemainingTime(faults.floodMs);
         floodTimer.start(0);
     }
-    // Whoever heard of the command may have hung up as well.
+    // A slot of commandReceived() may have hung up as well.
     if (line.isOpen())
         obey(parseCommand(moduleKind, bytes));
 }
@@ -122,7 +122,7 @@ void SimulatedModule::reply(const QByteArray &bytes)
         deliveries.append(bytes.left(firstPart));
     deliveries.append(bytes.mid(firstPart));
 
-    // Precise also for long delays: coarse timers may fire together and merge replies.
+    // Coarse timers may fire together and so merge replies.
     QTimer::singleShot(faults.delayMs, Qt::PreciseTimer, due.get(), [this, deliveries] {
         const bool waiting = !unsent.isEmpty();
         unsent += deliveries;

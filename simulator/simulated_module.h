@@ -8,30 +8,30 @@
 
 namespace simulator {
 
-/// Ways to misbehave; may be changed at any time and hold from the next command on.
+/// Ways to misbehave. Changes take effect from the next command on.
 struct Faults {
-    bool silent = false;  ///< obeys, but replies to nothing
+    bool silent = false;  ///< executes commands, but does not reply
     int delayMs = 30;     ///< from a command to its reply
     QByteArray refuse;    ///< the parameter whose write is refused
     bool split = false;   ///< each reply comes in two deliveries
     bool empty = false;   ///< a delivery of only CR LF precedes each reply
     bool garbage = false; ///< a delivery of line noise precedes each reply
-    int hangUpAfter = -1; ///< commands until the line is hung up for good; below 1: never
-    int floodMs = 0;      ///< from a command on, line noise without pause for this long
+    int hangUpAfter = -1; ///< commands until the line is hung up permanently; below 1: never
+    int floodMs = 0;      ///< line noise without pause for this long after a command
     QMap<QByteArray, QByteArray> answers; ///< by parameter, reported in place of its value
 };
 
-/// What a module is like from the start.
+/// The initial state of a module.
 struct Options {
     ModuleKind kind = ModuleKind::Universal;
-    /// Where the port is to be found; if empty, in a private temporary folder.
+    /// The path of the port; if empty, in a temporary folder.
     QString linkPath = {};
     Faults faults = {};
     int restartMs = 3000;
 };
 
-/// A module on a serial line of its own: answers queries, obeys write commands, restarts when told
-/// to, and misbehaves as asked. Each delivery on the line is taken for one command.
+/// A module on a serial line of its own: answers queries, obeys write commands, restarts on
+/// command, and misbehaves as configured. Each delivery on the line is parsed as one command.
 class SimulatedModule : public QObject {
     Q_OBJECT
 
@@ -39,7 +39,7 @@ public:
     explicit SimulatedModule(const Options &options);
     ~SimulatedModule() override;
 
-    /// Goes on the line. False, with errorString() set, if that fails.
+    /// Connects to the line. Returns false and sets errorString() on failure.
     bool start();
     QString errorString() const { return line.errorString(); }
     /// The path of the port, the same before and after a restart.
@@ -49,23 +49,23 @@ public:
     ModuleKind kind() const { return moduleKind; }
     QVector<QByteArray> queries() const { return queriesOf(moduleKind); }
 
-    /// Any value, as replies report it. Without effect on a parameter that the kind does not have.
+    /// Sets any value, as replies report it. Ignores a parameter that the kind does not have.
     void setValue(const QByteArray &query, const QByteArray &value);
 
-    /// An unsolicited delivery, at once.
+    /// Sends an unsolicited delivery, at once.
     void send(const QByteArray &bytes);
 
-    /// Goes off the line, dropping the replies that are due, until comeBack().
+    /// Disconnects until comeBack(), and drops pending replies.
     void hangUp();
-    /// Without effect while on the line.
+    /// No effect while connected.
     void comeBack();
 
     Faults faults;
-    int restartMs; ///< time off the line during a restart
+    int restartMs; ///< time that a restart takes, disconnected
 
 signals:
     void commandReceived(const QByteArray &command);
-    void deliverySent(const QByteArray &delivery); ///< one of those of a reply
+    void deliverySent(const QByteArray &delivery); ///< one part of a reply
     void wentOff();
     void cameBack();
 
@@ -84,10 +84,10 @@ private:
     QTimer floodTimer; ///< fires as often as it can
     QDeadlineTimer floodEnd;
     bool restarting = false;
-    /// Context of everything that is due; replacing it calls all of that off.
+    /// Context of the timers of pending replies and restarts; replacing it cancels them.
     std::unique_ptr<QObject> due;
-    /// Deliveries of replies. Each is sent once the one before it has been read, so that they
-    /// arrive apart.
+    /// Further parts of replies. Each is sent when the client has read the one before it, so that
+    /// they are separate deliveries however busy the machine is.
     QByteArrayList unsent;
 };
 

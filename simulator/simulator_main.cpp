@@ -58,8 +58,8 @@ int main(int argc, char *argv[])
                      [](const QByteArray &command) { log("command  " + printable(command)); });
     QObject::connect(&module, &SimulatedModule::deliverySent,
                      [](const QByteArray &delivery) { log("reply    " + printable(delivery)); });
-    QObject::connect(&module, &SimulatedModule::wentOff, [] { log("off the line"); });
-    QObject::connect(&module, &SimulatedModule::cameBack, [] { log("back on the line"); });
+    QObject::connect(&module, &SimulatedModule::wentOff, [] { log("disconnected"); });
+    QObject::connect(&module, &SimulatedModule::cameBack, [] { log("reconnected"); });
     if (!module.start())
         return refuseToStart(module.errorString(), 1);
 

@@ -31,7 +31,7 @@ bool readKind(const QCommandLineParser &parser, ModuleKind *kind, QString *error
     return error->isEmpty();
 }
 
-/// Leaves the number as it is if the option is not given.
+/// Keeps the number if the option is not given.
 bool readNumber(const QCommandLineParser &parser, const QString &option, int lowest, int *number,
                 QString *error)
 {
@@ -80,23 +80,23 @@ void addOptions(QCommandLineParser &parser)
     parser.addOptions({
         {"kind", QString("Kind of module: %1 (%2).").arg(kindNames(), kind), "name", kind},
         {"link", "Make the port available under this path.", "path"},
-        {"silent", "Obey, but reply to nothing."},
+        {"silent", "Execute commands, but do not reply."},
         {"delay", QString("Time from a command to its reply (%1 ms).").arg(defaults.faults.delayMs),
          "ms"},
         {"refuse", "Refuse to have this parameter written, e.g. \"PORT TCP\".", "name"},
-        {"split", "Send each reply in two deliveries."},
+        {"split", "Send each reply in two parts."},
         {"empty", "Send an empty line before each reply."},
         {"garbage", "Send line noise before each reply."},
-        {"hang-up-after", "Hang up for good on receiving the N-th command.", "N"},
-        {"flood", "From each command on, send line noise without pause for this long.", "ms"},
+        {"hang-up-after", "Hang up permanently on receiving the N-th command.", "N"},
+        {"flood", "After each command, send line noise without pause for this long.", "ms"},
         {"answer", "Report this value of a parameter, e.g. \"ip=1.2.3.4\". May be repeated.",
          "name=value"},
-        {"restart-time", QString("Time off the line at a restart (%1 ms).").arg(defaults.restartMs),
-         "ms"},
+        {"restart-time",
+         QString("Time that a restart takes, disconnected (%1 ms).").arg(defaults.restartMs), "ms"},
     });
 }
 
-/// False, with a message for the user in error, if an option has a value that makes no sense.
+/// Returns false and sets error, a message for the user, if an option has an invalid value.
 bool readOptions(const QCommandLineParser &parser, Options *options, QString *error)
 {
     Faults &faults = options->faults;
@@ -106,7 +106,7 @@ bool readOptions(const QCommandLineParser &parser, Options *options, QString *er
     faults.split = parser.isSet("split");
     faults.empty = parser.isSet("empty");
     faults.garbage = parser.isSet("garbage");
-    // The parameters there are depend on the kind.
+    // First, because the parameters depend on it.
     return readKind(parser, &options->kind, error)
         && readNumber(parser, "delay", 0, &faults.delayMs, error)
         && readNumber(parser, "hang-up-after", 1, &faults.hangUpAfter, error)
@@ -120,7 +120,7 @@ bool readOptions(const QCommandLineParser &parser, Options *options, QString *er
 Options processOptions(QCommandLineParser &parser)
 {
     constexpr int usageError = 2;
-    // Not addHelpOption(), which offers help on options that not every program has.
+    // Not addHelpOption(), whose --help-all not every one of these programs has.
     const QCommandLineOption help({"h", "help"}, "Print the options and exit.");
     parser.addOption(help);
     addOptions(parser);

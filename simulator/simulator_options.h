@@ -6,11 +6,11 @@ class QCommandLineParser;
 
 namespace simulator {
 
-/// Reads the options that the running program was given; the parser may know some more, its own.
-/// Ends the program if they ask for help, with exit code 0, or make no sense, with 2 and a message.
+/// Parses the program's command line. The parser may have further options of its own. Exits with 0
+/// if help is requested, and with 2 and a message if the options are invalid.
 Options processOptions(QCommandLineParser &parser);
 
-/// For main to return: says on the standard error output why the program does not start.
+/// Prints the reason to stderr and returns exitCode, for use in main().
 int refuseToStart(const QString &reason, int exitCode);
 
 } // namespace simulator

@@ -9,10 +9,11 @@ namespace simulator {
 
 int watchForEnd()
 {
-    // A log that nobody reads any more is no reason to leave the link behind.
+    // A closed stdout must not end the program before it has removed the link.
     std::signal(SIGPIPE, SIG_IGN);
 
-    // Scripts start background jobs with SIGINT ignored, and an ignored signal is never reported.
+    // Scripts start background jobs with SIGINT ignored, and signalfd does not report ignored
+    // signals.
     std::signal(SIGINT, SIG_DFL);
 
     sigset_t ends;

@@ -2,9 +2,9 @@
 
 namespace simulator {
 
-/// A descriptor that becomes readable when the user asks the program to end, which otherwise would
-/// end at once and leave the link behind. To be called before there are threads: the signals would
-/// end the program through any that does not have them blocked.
+/// Returns a descriptor that becomes readable on SIGINT, SIGTERM or SIGHUP. Without it, these
+/// signals would end the program before it could remove its link. Call it before any thread starts:
+/// a signal ends the program through any thread that does not block it.
 int watchForEnd();
 
 } // namespace simulator
