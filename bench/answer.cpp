@@ -4,7 +4,6 @@
 #include "application.h"
 #include "user.h"
 
-#include <QApplication>
 #include <QComboBox>
 #include <QElapsedTimer>
 #include <QLoggingCategory>
@@ -49,8 +48,7 @@ void measure(User *user, const QString &port)
 
 int main(int argc, char *argv[])
 {
-    prepareApplication();
-    QApplication application(argc, argv);
+    Application application(argc, argv);
     QLoggingCategory::setFilterRules("default.debug=false");
     try {
         User user;

@@ -1,35 +1,54 @@
-#include "first_frame.h"
+// Linked into a program, prints how many milliseconds after its start the first frame of its window
+// was painted.
+//
+// The first argument is the time just before the start, in seconds since the epoch; that is the
+// only precise clock that a shell can read without starting a program for it. The program ends with
+// its first frame, unless the second argument is "stay".
 
+#include <QCoreApplication>
+#include <QEvent>
 #include <QWidget>
 
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 
-bool FirstFrameApplication::notify(QObject *receiver, QEvent *event)
-{
-    // Asked first: the receiver may not survive the event.
-    painted = painted
-        || (event->type() == QEvent::Paint && receiver->isWidgetType()
-            && static_cast<QWidget *>(receiver)->isWindow());
-    ++depth;
-    const bool handled = QApplication::notify(receiver, event);
-    --depth;
-    // The frame goes to the display before the outermost event, which had it painted, is over.
-    if (painted && depth == 0 && !reported)
-        report();
-    return handled;
-}
+namespace {
 
-void FirstFrameApplication::report()
+void report()
 {
     using Milliseconds = std::chrono::duration<double, std::milli>;
     const Milliseconds now = std::chrono::system_clock::now().time_since_epoch();
-    const QStringList given = arguments();
-    reported = true;
+    const QStringList given = QCoreApplication::arguments();
     std::printf("%.3f\n", now.count() - given.value(1).toDouble() * 1000);
     std::fflush(stdout);
     // Taking the window down would count as instructions of its start.
     if (given.value(2) != "stay")
         std::_Exit(0);
 }
+
+class FirstFrameWatch : public QObject {
+public:
+    using QObject::QObject;
+
+    bool eventFilter(QObject *receiver, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint && receiver->isWidgetType()
+            && static_cast<QWidget *>(receiver)->isWindow()) {
+            // The frame goes to the display at the end of the event that had it painted.
+            QMetaObject::invokeMethod(this, report, Qt::QueuedConnection);
+            qApp->removeEventFilter(this);
+        }
+        return false;
+    }
+};
+
+/// The programs' own main() knows nothing of this.
+void watchForFirstFrame()
+{
+    qApp->installEventFilter(new FirstFrameWatch(qApp));
+}
+
+} // namespace
+
+Q_COREAPP_STARTUP_FUNCTION(watchForFirstFrame)

@@ -1,10 +1,9 @@
-#include "first_frame.h"
-
+#include <QApplication>
 #include <QMainWindow>
 
 int main(int argc, char *argv[])
 {
-    FirstFrameApplication application(argc, argv);
+    const QApplication application(argc, argv);
     QMainWindow window;
     window.show();
     return QApplication::exec();

@@ -7,7 +7,6 @@
 #include "texts.h"
 #include "user.h"
 
-#include <QApplication>
 #include <QComboBox>
 #include <QCommandLineParser>
 #include <QDir>
@@ -277,8 +276,7 @@ int main(int argc, char *argv[])
     // Before the application starts threads, which would die of the signals.
     const int end = simulator::watchForEnd();
 
-    prepareApplication();
-    QApplication application(argc, argv);
+    Application application(argc, argv);
     QCommandLineParser parser;
     parser.setApplicationDescription("Plays a user at the configurator, with a simulated module: "
                                      "reads, writes, saves and loads;\n"

@@ -1,10 +1,10 @@
 // Takes the pictures of the guide: a user with a camera, at a simulated module.
 
+#include "application.h"
 #include "simulated_module.h"
 #include "texts.h"
 #include "user.h"
 
-#include <QApplication>
 #include <QComboBox>
 #include <QDir>
 #include <QLoggingCategory>
@@ -56,7 +56,7 @@ public:
         ports()->clear();
         ports()->addItem(portName);
         window.show();
-        QApplication::processEvents(); // the list of ports takes its width from this name
+        Application::processEvents(); // the list of ports takes its width from this name
         onBox = [this](QMessageBox *box) { takeBox(box); };
     }
 
@@ -164,10 +164,10 @@ void takeWrite(const QString &tcpPort, const QString &name)
 
 int main(int argc, char *argv[])
 {
-    QApplication application(argc, argv);
+    Application application(argc, argv);
     // The same pictures on every computer.
-    QApplication::setStyle("Fusion");
-    QApplication::setFont(QFont("Liberation Sans", 10));
+    Application::setStyle("Fusion");
+    Application::setFont(QFont("Liberation Sans", 10));
     // The traces of the window are of no use here.
     QLoggingCategory::setFilterRules("default.debug=false");
     try {

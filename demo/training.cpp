@@ -6,7 +6,6 @@
 #include "termination.h"
 
 #include <QAbstractButton>
-#include <QApplication>
 #include <QComboBox>
 #include <QCommandLineParser>
 #include <QSocketNotifier>
@@ -41,13 +40,11 @@ int main(int argc, char *argv[])
     // Before the application starts threads, which would die of the signals.
     const int end = simulator::watchForEnd();
 
-    prepareApplication();
-    QApplication application(argc, argv);
-    dressApplication();
+    Application application(argc, argv);
     simulator::SimulatedModule module(options);
 
     QSocketNotifier notifier(end, QSocketNotifier::Read);
-    QObject::connect(&notifier, &QSocketNotifier::activated, &application, &QApplication::quit);
+    QObject::connect(&notifier, &QSocketNotifier::activated, &application, &Application::quit);
 
     if (!module.start())
         return simulator::refuseToStart(module.errorString(), 1);
@@ -57,5 +54,5 @@ int main(int argc, char *argv[])
     window.findChild<QComboBox *>("conbox0")->setCurrentIndex(static_cast<int>(module.kind()));
     offerPort(&window, module.portPath());
     window.show();
-    return QApplication::exec();
+    return Application::exec();
 }

@@ -1,13 +1,12 @@
 #include "application.h"
 
-#include <QApplication>
 #include <QPalette>
 
 #include <csignal>
 
 #if QT_VERSION < QT_VERSION_CHECK(5, 14, 0)
-/// As the user or the desktop has set it, by number or by name of the screen. The library takes the
-/// letters' dpi through it, so that it would make the window grow and leave them as they are.
+/// Scale factor of the first screen in QT_SCREEN_SCALE_FACTORS ("2;1" or "name=2;..."). Qt divides
+/// the font DPI by it; uncompensated, the window would grow but the text would not.
 static double firstScreenFactor()
 {
     const QByteArray factors = qgetenv("QT_SCREEN_SCALE_FACTORS");
@@ -16,13 +15,14 @@ static double firstScreenFactor()
 }
 #endif
 
-void prepareApplication()
+/// Sets what QApplication's constructor reads. Returns argc, so that it can be called before that.
+static int &prepare(int &argc)
 {
-    // That nobody reads the traces any more is no reason to end in the middle of a write.
+    // A debug output that nobody reads any more is no reason to end in the middle of a write.
     std::signal(SIGPIPE, SIG_IGN);
     // Nothing here needs OpenGL; without this the X11 plugin loads it with all its libraries.
     QCoreApplication::setAttribute(Qt::AA_ForceRasterWidgets);
-    // Letters must not outgrow the window, whose size is fixed in pixels: either both grow, by
+    // Text must not outgrow the window, whose size is fixed in pixels: either both are scaled, by
     // whatever factor, or neither. Qt 6 does the former unasked.
 #if QT_VERSION < QT_VERSION_CHECK(5, 14, 0)
     if (!qEnvironmentVariableIsSet("QT_FONT_DPI"))
@@ -32,9 +32,11 @@ void prepareApplication()
     QGuiApplication::setHighDpiScaleFactorRoundingPolicy(
         Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
 #endif
+    return argc;
 }
 
-void dressApplication()
+Application::Application(int &argc, char **argv)
+    : QApplication(prepare(argc), argv)
 {
     QPalette palette(QColor("#eeeeee"), QColor("#f5f5f5"));
     // Lighter than the text that can be edited, and still to be read on every mark.
@@ -43,5 +45,5 @@ void dressApplication()
     // The style sheet marks what is selected in a field with a light colour as well.
     palette.setColor(QPalette::Highlight, "#9cc9f0");
     palette.setColor(QPalette::HighlightedText, Qt::black);
-    QApplication::setPalette(palette);
+    setPalette(palette);
 }

@@ -1,9 +1,13 @@
 #pragma once
 
-/// What every program that shows the window settles before it makes its QApplication: how the
-/// window grows with a desktop's letters, what is drawn with, and that traces may find no reader.
-void prepareApplication();
+#include <QApplication>
 
-/// What it settles next: the light colours that the window's style sheet goes with, on dark
-/// desktops too.
-void dressApplication();
+/// The QApplication of every program that shows the window.
+///
+/// It draws without OpenGL and scales the window with the desktop's font DPI. Its palette is the
+/// light one that the window's style sheet needs, on dark desktops too. A standard error that is a
+/// broken pipe does not end the program.
+class Application : public QApplication {
+public:
+    Application(int &argc, char **argv);
+};

@@ -1,15 +1,11 @@
 #include "application.h"
 #include "mainwindow.h"
 
-#include <QApplication>
-
 int main(int argc, char *argv[])
 {
-    prepareApplication();
-    QApplication application(argc, argv);
-    dressApplication();
+    Application application(argc, argv);
     MainWindow window;
     window.setFixedSize(MainWindow::startSize);
     window.show();
-    return QApplication::exec();
+    return Application::exec();
 }

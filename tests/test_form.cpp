@@ -158,7 +158,6 @@ private slots:
 
     void everyTextCanBeRead()
     {
-        QApplication::setPalette(QPalette(Qt::black)); // as on a dark desktop
         UserWithModule user;
         for (const char *name :
              {"label_21", "conbox0", "connect", "applyButton", "checkBox", "menuBar"})
@@ -204,5 +203,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestForm)
+WINDOW_TEST_MAIN(TestForm)
 #include "test_form.moc"

@@ -230,5 +230,5 @@ private:
     }
 };
 
-QTEST_MAIN(TestLink)
+WINDOW_TEST_MAIN(TestLink)
 #include "test_link.moc"

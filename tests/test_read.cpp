@@ -144,5 +144,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestRead)
+WINDOW_TEST_MAIN(TestRead)
 #include "test_read.moc"

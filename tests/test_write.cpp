@@ -163,5 +163,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestWrite)
+WINDOW_TEST_MAIN(TestWrite)
 #include "test_write.moc"

@@ -1,9 +1,19 @@
 #pragma once
 
+#include "application.h"
 #include "simulated_module.h"
 #include "user.h"
 
 #include <QTest>
+
+/// QTEST_MAIN with the program's own application.
+#define WINDOW_TEST_MAIN(Test) /* NOLINT(cppcoreguidelines-macro-usage) */                         \
+    int main(int argc, char *argv[])                                                               \
+    {                                                                                              \
+        const Application application(argc, argv);                                                 \
+        Test test;                                                                                 \
+        return QTest::qExec(&test, argc, argv);                                                    \
+    }
 
 using Kind = simulator::ModuleKind; ///< as the module has it; the program has its own
 Q_DECLARE_METATYPE(Kind)

@@ -1,7 +1,5 @@
 #include "user.h"
 
-#include "application.h"
-
 #include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
@@ -21,7 +19,6 @@ User::User()
     : timers(window.findChildren<QTimer *>(QString(), Qt::FindDirectChildrenOnly))
 {
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, notes.path());
-    dressApplication();
     window.setFixedSize(MainWindow::startSize);
     lookForDialogs();
 }
