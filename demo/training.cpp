@@ -10,13 +10,31 @@
 #include <QCommandLineParser>
 #include <QSocketNotifier>
 
+/// Those that Qt takes of every program with a window, on X11 too; Qt reads them itself.
+static void addOptionsOfQt(QCommandLineParser *parser)
+{
+    QList<QCommandLineOption> options{QCommandLineOption("reverse"), QCommandLineOption("nograb"),
+                                      QCommandLineOption("dograb")};
+    for (const char *name :
+         {"platform", "platformpluginpath", "platformtheme", "plugin", "style", "stylesheet",
+          "qwindowgeometry", "geometry", "qwindowicon", "icon", "qwindowtitle", "title", "session",
+          "display", "name", "visual", "qmljsdebugger"})
+        options.append(QCommandLineOption(name, {}, name));
+    for (QCommandLineOption &option : options)
+        option.setFlags(QCommandLineOption::HiddenFromHelp);
+    parser->addOptions(options);
+    parser->setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+}
+
 /// Help has to come without a display too, where a window's application would abort.
 static simulator::Options readOptions(int argc, char *argv[])
 {
     const QCoreApplication application(argc, argv);
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        "Shows the configurator with a simulated module at the last port of its list.");
+        "Shows the configurator with a simulated module at the last port of its list.\n"
+        "Qt's own options are taken too, such as -platform and -style.");
+    addOptionsOfQt(&parser);
     return simulator::processOptions(parser);
 }
 
