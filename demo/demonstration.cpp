@@ -24,28 +24,27 @@ namespace {
 
 struct Field {
     const char *name;
-    const char *label;
     QString written;    ///< other than what a module has at first; empty if it is display only
     QString after = {}; ///< what is read then, if not that
 };
 
 /// In the order in which the module is asked.
 const Field allFields[] = {
-    {"comboBox_mode", "label_modeTcp", "Клиент TCP"},
-    {"lineEdit_version", "label_version", {}},
-    {"lineEdit_MAC", "label_24", {}},
-    {"lineEdit_ip", "label_21", "10.20.30.40"},
-    {"lineEdit_mask", "label_22", "255.255.0.0"},
-    {"lineEdit_gateway", "label_23", "10.20.30.1"},
-    {"lineEdit_portTCP", "label_", "10502"},
-    {"comboBox", "label_28", "контроль четности"},
-    {"comboBox_speed", "label_speed", "57600"},
-    {"comboBox_2", "label_27", "2"},
-    {"lineEdit_timewait", "label_timewait", "60000", "6000"}, // four digits are taken
-    {"lineEdit_ipservertcp", "label_ipserver", "10.20.30.50"},
-    {"lineEdit_timeout", "label_timeout", "60"},
-    {"lineEdit_rtu_virtual_id", "label_id_rtu", "247"},
-    {"lineEdit_tcp_id", "label_idtcp", "33"},
+    {"comboBox_mode", "Клиент TCP"},
+    {"lineEdit_version", {}},
+    {"lineEdit_MAC", {}},
+    {"lineEdit_ip", "10.20.30.40"},
+    {"lineEdit_mask", "255.255.0.0"},
+    {"lineEdit_gateway", "10.20.30.1"},
+    {"lineEdit_portTCP", "10502"},
+    {"comboBox", "контроль четности"},
+    {"comboBox_speed", "57600"},
+    {"comboBox_2", "2"},
+    {"lineEdit_timewait", "60000", "6000"}, // four digits are taken
+    {"lineEdit_ipservertcp", "10.20.30.50"},
+    {"lineEdit_timeout", "60"},
+    {"lineEdit_rtu_virtual_id", "247"},
+    {"lineEdit_tcp_id", "33"},
 };
 
 using Values = QMap<QString, QString>; ///< by field
@@ -231,8 +230,8 @@ bool Demonstrator::reportValues(const Values &before, const Values &marks, const
         QString finding = right ? "ok" : read ? "difference" : "not read";
         if (right && expected != written)
             finding = "ok: all that is taken of a reply";
-        printRow({text(field.label).simplified(), before[field.name], read ? "green" : "",
-                  field.written, after[field.name], finding});
+        printRow({labelOf(find<QWidget>(field.name)).simplified(), before[field.name],
+                  read ? "green" : "", field.written, after[field.name], finding});
         allRight = allRight && right;
     }
     return allRight;

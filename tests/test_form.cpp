@@ -4,7 +4,6 @@
 #include "user_with_module.h"
 
 #include <QAbstractButton>
-#include <QAccessible>
 #include <QApplication>
 #include <QComboBox>
 #include <QGroupBox>
@@ -16,13 +15,6 @@
 
 #include <cmath>
 
-/// What a screen reader says of a field.
-static QString labelOf(QWidget *field)
-{
-    const auto labels = QAccessible::queryAccessibleInterface(field)->relations(QAccessible::Label);
-    return labels.isEmpty() ? "no label" : labels.first().first->text(QAccessible::Name);
-}
-
 /// One thing on the form; a star behind it says that it is disabled.
 static QString describe(QWidget *widget)
 {
@@ -31,11 +23,11 @@ static QString describe(QWidget *widget)
         QStringList items;
         for (int i = 0; i < combo->count(); ++i)
             items.append(combo->itemText(i));
-        text = '<' + labelOf(combo) + ": " + items.join('|') + '>';
+        text = '<' + User::labelOf(combo) + ": " + items.join('|') + '>';
     } else if (qobject_cast<QAbstractButton *>(widget)) {
         text = '(' + text + ')';
     } else if (!qobject_cast<QLabel *>(widget)) {
-        text = '[' + labelOf(widget) + ": " + text + ']';
+        text = '[' + User::labelOf(widget) + ": " + text + ']';
     }
     return widget->isEnabled() ? text : text + '*';
 }

@@ -1,6 +1,7 @@
 #include "user.h"
 
 #include <QAbstractButton>
+#include <QAccessible>
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
@@ -69,6 +70,12 @@ QString User::text(const QString &name)
     if (auto *status = qobject_cast<QStatusBar *>(object))
         return status->currentMessage();
     return object->property("text").toString();
+}
+
+QString User::labelOf(QWidget *field)
+{
+    const auto labels = QAccessible::queryAccessibleInterface(field)->relations(QAccessible::Label);
+    return labels.isEmpty() ? "no label" : labels.first().first->text(QAccessible::Name);
 }
 
 QString User::mark(const QString &field)

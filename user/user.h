@@ -36,7 +36,8 @@ public:
 
     /// What it says, in the words of enter() if it is a field.
     QString text(const QString &name);
-    QString mark(const QString &field); ///< style sheet
+    static QString labelOf(QWidget *field); ///< as screen readers have it
+    QString mark(const QString &field);     ///< style sheet
     bool isEnabled(const QString &name);
     bool isVisible(const QString &name);
 
