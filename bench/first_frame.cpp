@@ -36,11 +36,12 @@ public:
         if (event->type() == QEvent::Paint && receiver->isWidgetType()
             && static_cast<QWidget *>(receiver)->isWindow()) {
             // The frame goes to the display at the end of the event that had it painted.
-            QMetaObject::invokeMethod(this, report, Qt::QueuedConnection);
+            QCoreApplication::postEvent(this, new QEvent(QEvent::User), Qt::HighEventPriority);
             qApp->removeEventFilter(this);
         }
         return false;
     }
+    void customEvent(QEvent * /*event*/) override { report(); }
 };
 
 /// The programs' own main() knows nothing of this.

@@ -1,9 +1,16 @@
-#include <QApplication>
+// The baselines: an empty window, prepared as the program's own is or left with Qt's defaults.
+
+#include "application.h"
+
 #include <QMainWindow>
 
 int main(int argc, char *argv[])
 {
+#ifdef DEFAULT_WINDOW
     const QApplication application(argc, argv);
+#else
+    const Application application(argc, argv);
+#endif
     QMainWindow window;
     window.show();
     return QApplication::exec();
