@@ -97,8 +97,9 @@ Demonstrator::Demonstrator(const simulator::Options &options, QString modulePort
 {
     auto *kinds = find<QComboBox>("conbox0");
     kinds->setCurrentIndex(static_cast<int>(options.kind));
-    expectedBox = QString("%1: %2").arg(
-        text::writeResult, QString(text::writeSucceeded).arg(kinds->currentText().trimmed()));
+    expectedBox = QString("Information: %1: %2")
+                      .arg(text::writeResult,
+                           QString(text::writeSucceeded).arg(kinds->currentText().trimmed()));
     onBox = [this](QMessageBox * /*box*/) {
         if (boxes.last() != expectedBox)
             giveUpWaiting("unexpected message box \"" + boxes.last() + '"');

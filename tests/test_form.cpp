@@ -4,13 +4,11 @@
 #include "user_with_module.h"
 
 #include <QAbstractButton>
-#include <QApplication>
 #include <QComboBox>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
-#include <QMessageBox>
 #include <QStyleOptionFrame>
 
 #include <cmath>
@@ -126,6 +124,7 @@ private slots:
         if (actual.join('\n') + '\n' != expected)
             qInfo("The form is now:\n%s", qPrintable(actual.join('\n')));
         QCOMPARE(actual, expected.trimmed().split('\n'));
+        QCOMPARE(user.window.styleSheet().toUtf8(), contentOf(TEST_DATA "window.qss"));
     }
 
     void nothingIsCut_data() { addKindRows(); }
@@ -169,17 +168,6 @@ private slots:
             box.show();
             QVERIFY2(contrast(box.findChild<QLabel *>("qt_msgbox_label")) >= 4.5, text);
         }
-    }
-
-    void statusOutlivesTheMenu()
-    {
-        UserWithModule user;
-        user.click("connect");
-        auto *menu = user.find<QMenu>("menu");
-        menu->popup({});
-        QTest::keyClick(menu, Qt::Key_Down);
-        QTest::keyClick(menu, Qt::Key_Escape);
-        QCOMPARE(user.text("statusbar"), QString("Connected"));
     }
 
     void offClearsTheSlaveId()

@@ -2,8 +2,9 @@
 
 #include "user_with_module.h"
 
-#include <QApplication>
 #include <QComboBox>
+#include <QLoggingCategory>
+#include <QMenu>
 #include <QProcess>
 #include <QSerialPortInfo>
 
@@ -11,6 +12,7 @@
 
 #include <fcntl.h>
 #include <malloc.h>
+#include <termios.h>
 #include <unistd.h>
 
 /// Without what is freed and kept for later. Under sanitizers nothing is counted here.
@@ -38,7 +40,7 @@ private slots:
             QCOMPARE(list->itemText(i), ports[i].portName());
     }
 
-    void reportsOnlyFailuresToOpen()
+    void opensAPort()
     {
         UserWithModule user(Kind::TcpRtu);
         QSerialPort other(user.module.portPath());
@@ -62,7 +64,16 @@ private slots:
         close(line);
         other.close();
         user.click("connect");
+        termios settings{}; // 9600 8N1 without flow control
+        QVERIFY(tcgetattr(user.module.farEnd(), &settings) == 0);
+        QVERIFY(cfgetispeed(&settings) == B9600 && cfgetospeed(&settings) == B9600);
+        QCOMPARE(settings.c_cflag & (CSIZE | CSTOPB | PARENB | CRTSCTS), tcflag_t(CS8));
+        QCOMPARE(settings.c_iflag & (INPCK | IXON | IXOFF), tcflag_t(0));
         user.boxes.clear();
+        auto *menu = user.find<QMenu>("menu"); // whose empty status tips do not count
+        menu->popup({});
+        QTest::keyClick(menu, Qt::Key_Down);
+        QTest::keyClick(menu, Qt::Key_Escape);
         user.click("applyButton"); // does nothing before the first read
         for (const auto error : {QSerialPort::NoError, QSerialPort::ReadError,
                                  QSerialPort::WriteError, QSerialPort::PermissionError}) {
@@ -73,35 +84,59 @@ private slots:
         QVERIFY(user.boxes.isEmpty());
     }
 
+    void printsDebugOutput_data() { addRowsOf("debug_output.txt"); }
+    void printsDebugOutput()
+    {
+        QFETCH(Kind, kind);
+        QFETCH(QByteArrayList, row);
+        UserWithModule user(kind);
+        user.prepare();
+        user.boxAnswer = "Да";
+        static QByteArrayList lines;
+        lines.clear();
+        QLoggingCategory::setFilterRules("default.warning=false");
+        const auto handler =
+            qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &line) {
+                lines.append(line.toUtf8());
+            });
+        for (const QByteArray &step : row[0].split(' '))
+            perform(user, step);
+        qInstallMessageHandler(handler);
+        QCOMPARE(lines, row.mid(1));
+    }
+
     void sequencesBeginAndEnd_data() { addRowsOf("ends.txt"); }
     void sequencesBeginAndEnd()
     {
         QFETCH(Kind, kind);
         QFETCH(QByteArrayList, row);
-        const QString running = row[0];
-        const QString end = row[1];
+        const QByteArrayList end = row[1].split(',');
         UserWithModule user(kind);
         QStringList boxes;
         for (QByteArray &box : row.mid(4))
             boxes.append(box.replace("<kind>", nameOf(kind).toUtf8()));
         user.prepare();
-        if (!running.isEmpty())
-            runTwoSteps(user, running, !end.startsWith("silence"));
+        for (const QByteArray &step : row[0].split(' '))
+            perform(user, step);
         user.markAll();
         const QString all = user.marked().join(' ');
 
         user.onBox = [&](QMessageBox *) {
             // The next tick is an hour away, but a loss comes through behind the box as well.
-            if (end == "silence, loss" && user.boxes.size() == 1) {
-                user.module.hangUp();
+            if (end.size() > 1 && user.boxes.size() == 1) {
+                perform(user, end[1]);
                 QTRY_COMPARE(user.boxes, boxes);
             }
             // Closed first: the library would report a dead port about a million times a second.
             if (user.boxes.last() == box::portLost)
                 QVERIFY(user.state().startsWith("Disconnected"));
         };
-        bringAbout(user, end);
+        for (const QByteArray &step : end[0].split(' '))
+            perform(user, step);
         QTRY_COMPARE(user.boxes, boxes);
+        // Sent at once, the commands arrive as one that makes no sense, which has to be over.
+        if (boxes == QStringList{box::success.arg(nameOf(kind))})
+            QTRY_VERIFY(user.commands.last().toLower().endsWith("reset"));
         QTRY_VERIFY(!QApplication::activeModalWidget());
         QTRY_COMPARE(user.state(), QString(row[2]));
         QCOMPARE(user.marked(green).join(' '), row[3] == "all" ? all : QString(row[3]));
@@ -139,8 +174,7 @@ private slots:
             QTRY_VERIFY(QFile::exists(user.module.portPath()));
             user.click("connect");
             user.start("applyButton");
-            for (int i = 0; i < 4; ++i)
-                user.tick();
+            user.tick(4);
             QTRY_COMPARE(user.boxes, QStringList{box::noConnection.arg(nameOf(kind))});
         }
     }
@@ -175,36 +209,28 @@ private slots:
     }
 
 private:
-    /// Up to the step that looks for an answer, if there was none; a write has its second command
-    /// out.
-    static void runTwoSteps(UserWithModule &user, const QString &button, bool answered)
+    /// See debug_output.txt.
+    static void perform(UserWithModule &user, const QByteArray &step)
     {
-        user.start(button);
-        QVERIFY(user.tickCommand());
-        QVERIFY(!answered || user.deliver(acknowledgementOf(user.module.kind())));
-        if (button == "applyButton") {
-            user.tick();
-            QVERIFY(user.tickCommand());
-        }
-    }
-
-    static void bringAbout(UserWithModule &user, const QString &end)
-    {
-        if (end == "expected loss")
-            user.click("Reset");
-        if (end.endsWith("loss") && !end.startsWith("silence"))
+        if (step.isEmpty())
+            return;
+        if (step.startsWith("data:"))
+            QVERIFY(user.deliver(step.mid(5)));
+        else if (step == "ok")
+            QVERIFY(user.deliver(acknowledgementOf(user.module.kind())));
+        else if (step == "loss")
             user.module.hangUp();
-        else if (end == "refusal")
-            QVERIFY(user.deliver("?"));
-        else if (end.startsWith("silence"))
-            user.tick(); // returns when the box is closed
-        else if (end != "last tick")
-            user.click(end);
-        while (end == "last tick" && user.activeTimer())
-            user.tick();
-        // Sent at once, the commands arrive as one that makes no sense, which has to be over.
-        if (user.boxes == QStringList{box::success.arg(nameOf(user.module.kind()))})
-            QTRY_VERIFY(user.commands.last().toLower().endsWith("reset"));
+        else if (step == "send")
+            QVERIFY(user.tickCommand());
+        else if (step.startsWith("tick"))
+            user.tick(step == "tick" ? 1 : 100);
+        else if (step.startsWith("action"))
+            user.trigger(step, TEST_DATA "others.TRset");
+        else if (user.window.findChild<QWidget *>(step))
+            user.click(step);
+        else
+            QVERIFY(QMetaObject::invokeMethod(&user.window, step));
+        user.setTick(anHour);
     }
 
     /// Whatever has ended, both sequences can be started, and start with their first command.
@@ -225,7 +251,7 @@ private:
         }
         // Commands that nobody had read yet stand before it.
         const Kind kind = user.module.kind();
-        QVERIFY(user.commands.first().contains(writesOf(kind)[0].command.split(':')[0]));
+        QVERIFY(user.commands.first().contains(parametersOf(kind, false)[0].command.split(':')[0]));
         QCOMPARE(user.commands.last(), user.module.queries().first());
     }
 };

@@ -1,6 +1,5 @@
 #include "user_with_module.h"
 
-#include <QApplication>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QLoggingCategory>
@@ -63,28 +62,20 @@ void addRowsOf(const QString &file)
     }
 }
 
-QVector<ParameterCase> parametersOf(Kind kind)
+QVector<ParameterCase> parametersOf(Kind kind, bool displayOnlyToo)
 {
     QVector<ParameterCase> parameters;
-    for (const QByteArrayList &row : rowsOf("parameters.txt", kind))
-        parameters.append({row[0], row[1], row[2], row[3], row[4]});
-    return parameters;
-}
-
-QVector<ParameterCase> writesOf(Kind kind)
-{
-    QVector<ParameterCase> writes;
-    for (const ParameterCase &parameter : parametersOf(kind)) {
-        if (!parameter.command.isEmpty())
-            writes.append(parameter);
+    for (const QByteArrayList &row : rowsOf("parameters.txt", kind)) {
+        if (displayOnlyToo || !row[4].isEmpty())
+            parameters.append({row[0], row[1], row[2], row[3], row[4]});
     }
-    return writes;
+    return parameters;
 }
 
 QByteArrayList writeCommandsOf(Kind kind)
 {
     QByteArrayList commands;
-    for (const ParameterCase &write : writesOf(kind))
+    for (const ParameterCase &write : parametersOf(kind, false))
         commands.append(write.command);
     return commands << (kind == Kind::Universal ? "reset" : "RESET");
 }
@@ -94,7 +85,6 @@ QByteArray acknowledgementOf(Kind kind)
     return kind == Kind::Universal ? "ok" : "OK";
 }
 
-static constexpr int anHour = 3600 * 1000;
 static constexpr int limitMs = 5000;
 
 UserWithModule::UserWithModule(Kind kind)
@@ -130,6 +120,8 @@ QString UserWithModule::state()
         if (timers[i]->isActive())
             state.append(i % 2 == 0 ? "read" : "write");
     }
+    if (find<QWidget>("statusbar")->findChild<QTimer *>())
+        state.append("a status that does not stay");
     const bool linked = text("connect") == "Отсоединиться";
     const QStringList forALink{"scan_parameters", "applyButton", "Reset", "reset_allparameters"};
     for (const QString &name :
@@ -182,11 +174,11 @@ void UserWithModule::start(const QString &button)
     setTick(anHour);
 }
 
-void UserWithModule::tick()
+void UserWithModule::tick(int count)
 {
-    if (QTimer *timer = activeTimer()) {
-        QTimerEvent event(timer->timerId());
-        QCoreApplication::sendEvent(timer, &event);
+    for (; count > 0 && activeTimer(); --count) {
+        QTimerEvent event(activeTimer()->timerId());
+        QCoreApplication::sendEvent(activeTimer(), &event);
     }
 }
 

@@ -4,6 +4,7 @@
 #include "simulated_module.h"
 #include "user.h"
 
+#include <QMessageBox>
 #include <QTest>
 
 /// QTEST_MAIN with the program's own application.
@@ -17,6 +18,7 @@
 
 using Kind = simulator::ModuleKind; ///< as the module has it; the program has its own
 Q_DECLARE_METATYPE(Kind)
+constexpr int anHour = 3600 * 1000; // in ms
 constexpr Kind allKinds[] = {Kind::TcpRtu, Kind::RtuTcp, Kind::Universal};
 QString nameOf(Kind kind);
 void addKindRows(); ///< a row for each module kind with a column "kind"
@@ -37,9 +39,9 @@ struct ParameterCase {
     QByteArray onLine;
     QByteArray command; ///< empty if it is display only
 };
-QVector<ParameterCase> parametersOf(Kind kind); ///< in the order in which they are read
-QVector<ParameterCase> writesOf(Kind kind);     ///< those of them that are written
-QByteArrayList writeCommandsOf(Kind kind);      ///< of a whole write, up to the restart
+/// In the order in which they are read and written.
+QVector<ParameterCase> parametersOf(Kind kind, bool displayOnlyToo = true);
+QByteArrayList writeCommandsOf(Kind kind); ///< of a whole write, up to the restart
 QByteArray acknowledgementOf(Kind kind);
 
 /// Style sheets of the marks.
@@ -58,17 +60,18 @@ inline const QString writing = "Connected, Отсоединиться, Скан�
 
 /// Every box that the program has, as User::boxes lists it; %1 is the name of the kind.
 namespace box {
-inline const QString portDenied = "Отказано в доступе: Ошибка соединения";
-inline const QString portLost = "Critical Error: Ошибка соединения";
-inline const QString emptyDelivery = "нет соединения с модуля: Ошибка соединения";
-inline const QString refused = "Ошибка: <FONT COLOR='#800000'> Ошибка записи </FONT>";
-inline const QString refusedTightly = "Ошибка: <FONT COLOR='#800000'>Ошибка записи </FONT>";
-inline const QString noFile = "Ошибка: Файл конфигурации не выбран";
+inline const QString portDenied = "Critical: Отказано в доступе: Ошибка соединения";
+inline const QString portLost = "Critical: Critical Error: Ошибка соединения";
+inline const QString emptyDelivery = "Critical: нет соединения с модуля: Ошибка соединения";
+inline const QString refused = "Critical: Ошибка: <FONT COLOR='#800000'> Ошибка записи </FONT>";
+inline const QString refusedTightly =
+    "Critical: Ошибка: <FONT COLOR='#800000'>Ошибка записи </FONT>";
+inline const QString noFile = "Critical: Ошибка: Файл конфигурации не выбран";
 inline const QString factoryReset =
-    "Сброс: Вы действительно хотите cбросить к заводским настройкам?";
-inline const QString noConnection = "Ошибка соединения: нет соединения с модулем %1";
-inline const QString success = "Результы изменения: <FONT COLOR='#008000'>Изменение параметров %1 "
-                               "было успешно</FONT>";
+    "NoIcon: Сброс: Вы действительно хотите cбросить к заводским настройкам?";
+inline const QString noConnection = "Critical: Ошибка соединения: нет соединения с модулем %1";
+inline const QString success = "Information: Результы изменения: <FONT COLOR='#008000'>Изменение "
+                               "параметров %1 было успешно</FONT>";
 } // namespace box
 
 /// A user whose window has a simulated module at its port, and who has time in hand.
@@ -89,7 +92,7 @@ public:
     QStringList filled(); ///< likewise of those that are not empty
 
     void start(const QString &button); ///< a sequence; time passes by tick() only from here on
-    void tick();
+    void tick(int count = 1);
     bool tickCommand(); ///< a tick that sends; true when the module has the command
     bool deliver(const QByteArray &bytes); ///< to the window; true when it has handled them
     /// The same, while the window's thread is held up until the next tick is due as well.

@@ -8,8 +8,10 @@
 #include <QComboBox>
 #include <QElapsedTimer>
 #include <QFileDialog>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QMetaEnum>
 #include <QSettings>
 #include <QStatusBar>
 
@@ -151,15 +153,25 @@ void User::lookForDialogs()
         return;
     }
     auto *box = qobject_cast<QMessageBox *>(dialog);
-    QAbstractButton *agree =
+    QAbstractButton *button =
         box->button(QMessageBox::Yes); // a file dialog asks whether to overwrite
-    if (!agree) {
-        boxes.append(box->windowTitle() + ": " + box->text());
+    if (!button) {
+        const char *icon = QMetaEnum::fromType<QMessageBox::Icon>().valueToKey(box->icon());
+        boxes.append(QString("%1: %2: %3").arg(icon, box->windowTitle(), box->text()));
         if (onBox)
             onBox(box);
+        for (QAbstractButton *candidate : box->buttons()) {
+            if (candidate->text() == boxAnswer)
+                button = candidate;
+        }
     }
-    if (!leavesDialogsOpen && agree)
-        agree->click();
-    else if (!leavesDialogsOpen)
+    if (leavesDialogsOpen)
+        return;
+    QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+    if (button)
+        button->click();
+    else if (boxAnswer == "Esc")
+        QCoreApplication::sendEvent(box, &escape);
+    else
         box->accept();
 }

@@ -49,8 +49,9 @@ public:
 
     /// Called for each box that opens, while it is open; then the box is closed.
     std::function<void(QMessageBox *)> onBox;
+    QString boxAnswer; ///< the button that closes boxes that have one of this text, or "Esc"
     bool leavesDialogsOpen = false;
-    QStringList boxes;       ///< "title: text" of each that opened
+    QStringList boxes;       ///< "icon: title: text" of each that opened
     QStringList fileDialogs; ///< "title: filters" of each that opened
 
     MainWindow window;
