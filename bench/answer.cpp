@@ -2,7 +2,7 @@
 // flood it. Prints the median and the longest, in µs.
 
 #include "application.h"
-#include "user.h"
+#include "ui_driver.h"
 
 #include <QComboBox>
 #include <QElapsedTimer>
@@ -17,7 +17,7 @@ namespace {
 constexpr int clicks = 100;
 constexpr int pauseMs = 20;
 
-void measure(User *user, const QString &port)
+void measure(UiDriver *user, const QString &port)
 {
     user->find<QComboBox>("conbox0")->setCurrentIndex(2);
     user->window.show();
@@ -51,7 +51,7 @@ int main(int argc, char *argv[])
     Application application(argc, argv);
     QLoggingCategory::setFilterRules("default.debug=false");
     try {
-        User user;
+        UiDriver user;
         measure(&user, QCoreApplication::arguments().value(1));
     } catch (const std::runtime_error &error) {
         std::fprintf(stderr, "bench-answer: %s\n", error.what());

@@ -5,7 +5,7 @@
 #include "simulator_options.h"
 #include "termination.h"
 #include "texts.h"
-#include "user.h"
+#include "ui_driver.h"
 
 #include <QComboBox>
 #include <QCommandLineParser>
@@ -65,7 +65,7 @@ void printRow(const QStringList &cells)
     print(line);
 }
 
-class Demonstrator : public User {
+class Demonstrator : public UiDriver {
 public:
     Demonstrator(const simulator::Options &options, QString modulePort, int tick);
 
@@ -150,7 +150,7 @@ bool Demonstrator::demonstrate(const QDir &pictureFolder)
     say("emptying the form and loading the file");
     for (const Field &field : fields) {
         if (!field.written.isEmpty())
-            User::enter(field.name, QString());
+            UiDriver::enter(field.name, QString());
     }
     auto *kinds = find<QComboBox>("conbox0");
     kinds->setCurrentIndex((kinds->currentIndex() + 1) % kinds->count());
@@ -215,7 +215,7 @@ Values Demonstrator::values()
 void Demonstrator::enter(const Values &entered)
 {
     for (const Field &field : fields)
-        User::enter(field.name, entered[field.name]);
+        UiDriver::enter(field.name, entered[field.name]);
 }
 
 bool Demonstrator::reportValues(const Values &before, const Values &marks, const Values &after)

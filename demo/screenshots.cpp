@@ -3,7 +3,7 @@
 #include "application.h"
 #include "simulated_module.h"
 #include "texts.h"
-#include "user.h"
+#include "ui_driver.h"
 
 #include <QComboBox>
 #include <QDir>
@@ -43,7 +43,7 @@ void save(const QPixmap &picture, const QString &name)
         throw std::runtime_error("cannot write " + path.toStdString());
 }
 
-class Photographer : public User {
+class Photographer : public UiDriver {
 public:
     explicit Photographer(ModuleKind kind)
         : module(simulator::Options{static_cast<simulator::ModuleKind>(kind)})

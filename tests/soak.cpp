@@ -135,7 +135,7 @@ private:
             file.remove(); // or the dialog would ask
         else if (!file.exists() && file.open(QIODevice::WriteOnly))
             file.write("[MODUL]\nName=\"Modbus universal \"\n\n\xff=");
-        User::answer(fileDialog, number % 3 == 0 ? "" : file.fileName());
+        UiDriver::answer(fileDialog, number % 3 == 0 ? "" : file.fileName());
     }
 
     void check()

@@ -21,11 +21,11 @@ static QString describe(QWidget *widget)
         QStringList items;
         for (int i = 0; i < combo->count(); ++i)
             items.append(combo->itemText(i));
-        text = '<' + User::labelOf(combo) + ": " + items.join('|') + '>';
+        text = '<' + UiDriver::labelOf(combo) + ": " + items.join('|') + '>';
     } else if (qobject_cast<QAbstractButton *>(widget)) {
         text = '(' + text + ')';
     } else if (!qobject_cast<QLabel *>(widget)) {
-        text = '[' + User::labelOf(widget) + ": " + text + ']';
+        text = '[' + UiDriver::labelOf(widget) + ": " + text + ']';
     }
     return widget->isEnabled() ? text : text + '*';
 }
@@ -86,7 +86,7 @@ class TestForm : public QObject {
 private slots:
     void formIsAsDesigned()
     {
-        User user;
+        UiDriver user;
         user.window.show();
         auto *kinds = user.find<QComboBox>("conbox0");
         user.find<QComboBox>("serialPortInfoListBox")->clear(); // other ones on each computer

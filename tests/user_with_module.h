@@ -2,7 +2,7 @@
 
 #include "application.h"
 #include "simulated_module.h"
-#include "user.h"
+#include "ui_driver.h"
 
 #include <QMessageBox>
 #include <QTest>
@@ -58,7 +58,7 @@ inline const QString reading =
 inline const QString writing = "Connected, Отсоединиться, Сканировать, Остановить запись, write";
 } // namespace state
 
-/// Every box that the program has, as User::boxes lists it; %1 is the name of the kind.
+/// Every box that the program has, as UiDriver::boxes lists it; %1 is the name of the kind.
 namespace box {
 inline const QString portDenied = "Critical: Отказано в доступе: Ошибка соединения";
 inline const QString portLost = "Critical: Critical Error: Ошибка соединения";
@@ -75,7 +75,7 @@ inline const QString success = "Information: Результы изменения
 } // namespace box
 
 /// A user whose window has a simulated module at its port, and who has time in hand.
-class UserWithModule : public User {
+class UserWithModule : public UiDriver {
 public:
     explicit UserWithModule(Kind kind = Kind::Universal);
 

@@ -14,9 +14,9 @@ class QMessageBox;
 /// types, looks, waits, and deals with the message boxes and file dialogs that open.
 ///
 /// What is not there, or does not come, is thrown as a std::runtime_error.
-class User : public QObject {
+class UiDriver : public QObject {
 public:
-    User(); ///< in front of the window as it starts
+    UiDriver(); ///< in front of the window as it starts
 
     template <class Object> Object *find(const QString &name)
     {

@@ -1,4 +1,4 @@
-#include "user.h"
+#include "ui_driver.h"
 
 #include <QAbstractButton>
 #include <QAccessible>
@@ -18,7 +18,7 @@
 #include <stdexcept>
 #include <utility>
 
-User::User()
+UiDriver::UiDriver()
     : timers(window.findChildren<QTimer *>(QString(), Qt::FindDirectChildrenOnly))
 {
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, notes.path());
@@ -26,7 +26,7 @@ User::User()
     lookForDialogs();
 }
 
-void User::choosePort(const QString &port)
+void UiDriver::choosePort(const QString &port)
 {
     auto *ports = find<QComboBox>("serialPortInfoListBox");
     if (ports->findText(port) < 0)
@@ -34,12 +34,12 @@ void User::choosePort(const QString &port)
     ports->setCurrentText(port);
 }
 
-void User::click(const QString &button)
+void UiDriver::click(const QString &button)
 {
     find<QAbstractButton>(button)->click();
 }
 
-void User::trigger(const QString &action, const QString &path)
+void UiDriver::trigger(const QString &action, const QString &path)
 {
     pathToGive = path;
     find<QAction>(action)->trigger();
@@ -49,7 +49,7 @@ void User::trigger(const QString &action, const QString &path)
         giveUp(std::exchange(failure, QString()));
 }
 
-void User::enter(const QString &field, const QString &value)
+void UiDriver::enter(const QString &field, const QString &value)
 {
     auto *widget = find<QWidget>(field);
     if (auto *edit = qobject_cast<QLineEdit *>(widget))
@@ -62,7 +62,7 @@ void User::enter(const QString &field, const QString &value)
         giveUp(QString("%1 does not take \"%2\"").arg(field, value));
 }
 
-QString User::text(const QString &name)
+QString UiDriver::text(const QString &name)
 {
     auto *object = find<QObject>(name);
     if (auto *combo = qobject_cast<QComboBox *>(object))
@@ -74,34 +74,34 @@ QString User::text(const QString &name)
     return object->property("text").toString();
 }
 
-QString User::labelOf(QWidget *field)
+QString UiDriver::labelOf(QWidget *field)
 {
     const auto labels = QAccessible::queryAccessibleInterface(field)->relations(QAccessible::Label);
     return labels.isEmpty() ? "no label" : labels.first().first->text(QAccessible::Name);
 }
 
-QString User::mark(const QString &field)
+QString UiDriver::mark(const QString &field)
 {
     return find<QWidget>(field)->styleSheet();
 }
 
-bool User::isEnabled(const QString &name)
+bool UiDriver::isEnabled(const QString &name)
 {
     return find<QWidget>(name)->isEnabled();
 }
 
-bool User::isVisible(const QString &name)
+bool UiDriver::isVisible(const QString &name)
 {
     return find<QWidget>(name)->isVisible();
 }
 
-void User::waitFor(const QString &what, const std::function<bool()> &done, int limitMs)
+void UiDriver::waitFor(const QString &what, const std::function<bool()> &done, int limitMs)
 {
     if (!comes(done, limitMs))
         giveUp(failure.isEmpty() ? QString("no %1 within %2 ms").arg(what).arg(limitMs) : failure);
 }
 
-bool User::comes(const std::function<bool()> &done, int limitMs)
+bool UiDriver::comes(const std::function<bool()> &done, int limitMs)
 {
     QElapsedTimer clock;
     clock.start();
@@ -114,7 +114,7 @@ bool User::comes(const std::function<bool()> &done, int limitMs)
     return failure.isEmpty();
 }
 
-void User::setTick(int ms)
+void UiDriver::setTick(int ms)
 {
     for (QTimer *timer : timers) {
         if (timer->isActive())
@@ -122,7 +122,7 @@ void User::setTick(int ms)
     }
 }
 
-bool User::answer(QFileDialog *dialog, const QString &path)
+bool UiDriver::answer(QFileDialog *dialog, const QString &path)
 {
     dialog->findChild<QLineEdit *>("fileNameEdit")->setText(path);
     if (!path.isEmpty())
@@ -133,15 +133,15 @@ bool User::answer(QFileDialog *dialog, const QString &path)
     return taken;
 }
 
-void User::giveUp(const QString &reason)
+void UiDriver::giveUp(const QString &reason)
 {
     throw std::runtime_error(reason.toStdString());
 }
 
-void User::lookForDialogs()
+void UiDriver::lookForDialogs()
 {
     // First, for a handler may wait, and other dialogs open meanwhile.
-    QTimer::singleShot(2, this, &User::lookForDialogs);
+    QTimer::singleShot(2, this, &UiDriver::lookForDialogs);
     QWidget *dialog = QApplication::activeModalWidget();
     if (!dialog || dialog->property("seen").toBool())
         return;
