@@ -1,7 +1,7 @@
 // A seeded monkey: uses the window and its menu at random while the module misbehaves at random,
 // and after each action looks whether what the window shows is what it does.
 
-#include "user_with_module.h"
+#include "window_fixture.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -185,7 +185,7 @@ private:
     const int count; ///< of actions
     bool labelsMayStay = false;
     QTemporaryDir folder;
-    UserWithModule user;
+    WindowFixture user;
 };
 
 int main(int argc, char *argv[])

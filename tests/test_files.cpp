@@ -1,7 +1,7 @@
 // Settings files, through the menu and the file dialogs.
 
 #include "setting_module.h"
-#include "user_with_module.h"
+#include "window_fixture.h"
 
 #include <QApplication>
 #include <QDir>
@@ -40,7 +40,7 @@ class TestFiles : public QObject {
     const QByteArray others = contentOf(TEST_DATA "others.TRset");
 
     std::unique_ptr<QTemporaryDir> folder; // and the current one, for nothing else may land there
-    std::unique_ptr<UserWithModule> user;
+    std::unique_ptr<WindowFixture> user;
     QString site; // a path in the folder
 
     static QStringList files()
@@ -67,7 +67,7 @@ private slots:
         QDir::setCurrent(folder->path());
         site = folder->filePath("site.TRset");
         user.reset();
-        user = std::make_unique<UserWithModule>(Kind::TcpRtu);
+        user = std::make_unique<WindowFixture>(Kind::TcpRtu);
     }
 
     void savesTheForm()

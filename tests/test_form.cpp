@@ -1,7 +1,7 @@
 // The window before anything is connected: what a person sees of it, for each kind of module.
 
 #include "texts.h"
-#include "user_with_module.h"
+#include "window_fixture.h"
 
 #include <QAbstractButton>
 #include <QComboBox>
@@ -131,7 +131,7 @@ private slots:
     void nothingIsCut()
     {
         QFETCH(Kind, kind);
-        UserWithModule user(kind);
+        WindowFixture user(kind);
         if (user.window.logicalDpiX() != 96)
             QSKIP("without a display, this Qt has letters of another size");
         user.find<QComboBox>("serialPortInfoListBox")->clear(); // or paths of ptys would show
@@ -149,7 +149,7 @@ private slots:
 
     void everyTextCanBeRead()
     {
-        UserWithModule user;
+        WindowFixture user;
         for (const char *name :
              {"label_21", "conbox0", "connect", "applyButton", "checkBox", "menuBar"})
             QVERIFY2(contrast(user.find<QWidget>(name)) >= 4.5, name);
@@ -174,7 +174,7 @@ private slots:
 
     void offClearsTheSlaveId()
     {
-        UserWithModule user;
+        WindowFixture user;
         user.enter("lineEdit_tcp_id", "17");
         for (const bool off : {true, false}) {
             user.click("checkBox");

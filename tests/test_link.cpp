@@ -1,6 +1,6 @@
 // The port: opening, closing, losing it and flooding it, and what begins and ends a sequence.
 
-#include "user_with_module.h"
+#include "window_fixture.h"
 
 #include <QComboBox>
 #include <QLoggingCategory>
@@ -31,7 +31,7 @@ class TestLink : public QObject {
 private slots:
     void listsThePorts()
     {
-        UserWithModule user;
+        WindowFixture user;
         user.click("scanport");
         const QList<QSerialPortInfo> ports = QSerialPortInfo::availablePorts();
         auto *list = user.find<QComboBox>("serialPortInfoListBox");
@@ -42,7 +42,7 @@ private slots:
 
     void opensAPort()
     {
-        UserWithModule user(Kind::TcpRtu);
+        WindowFixture user(Kind::TcpRtu);
         QSerialPort other(user.module.portPath());
         QVERIFY(other.open(QIODevice::ReadWrite));
         // A line that is hung up fails with the error code of a lost port.
@@ -89,7 +89,7 @@ private slots:
     {
         QFETCH(Kind, kind);
         QFETCH(QByteArrayList, row);
-        UserWithModule user(kind);
+        WindowFixture user(kind);
         user.prepare();
         user.boxAnswer = "Да";
         static QByteArrayList lines;
@@ -111,7 +111,7 @@ private slots:
         QFETCH(Kind, kind);
         QFETCH(QByteArrayList, row);
         const QByteArrayList end = row[1].split(',');
-        UserWithModule user(kind);
+        WindowFixture user(kind);
         QStringList boxes;
         for (QByteArray &box : row.mid(4))
             boxes.append(box.replace("<kind>", nameOf(kind).toUtf8()));
@@ -148,7 +148,7 @@ private slots:
     {
         QFETCH(Kind, kind);
         for (const bool writing : {false, true}) {
-            UserWithModule user(kind);
+            WindowFixture user(kind);
             user.prepare();
             // What is acknowledged after the check does not count, neither now nor later.
             connect(&user.module, &simulator::SimulatedModule::commandReceived, &user, [&] {
@@ -187,7 +187,7 @@ private slots:
         QProcess simulator;
         simulator.start(MODULE_SIMULATOR, {"--kind", "tcp-rtu", "--flood", "60000"});
         QVERIFY(simulator.waitForReadyRead());
-        UserWithModule user(Kind::TcpRtu);
+        WindowFixture user(Kind::TcpRtu);
         user.choosePort(simulator.readLine().trimmed());
         user.click("connect");
         user.start("scan_parameters");
@@ -210,7 +210,7 @@ private slots:
 
 private:
     /// See debug_output.txt.
-    static void perform(UserWithModule &user, const QByteArray &step)
+    static void perform(WindowFixture &user, const QByteArray &step)
     {
         if (step.isEmpty())
             return;
@@ -234,7 +234,7 @@ private:
     }
 
     /// Whatever has ended, both sequences can be started, and start with their first command.
-    static void startAnew(UserWithModule &user)
+    static void startAnew(WindowFixture &user)
     {
         user.module.comeBack();
         if (user.text("connect") == "Cоединиться")

@@ -1,6 +1,6 @@
 // The simulated module by itself: what it makes of commands, and the command that starts it.
 
-#include "user_with_module.h"
+#include "window_fixture.h"
 
 #include <QProcess>
 

@@ -1,7 +1,7 @@
 // Reading a module: what is asked, how replies are taken apart, and what goes on behind boxes.
 
 #include "module_dialect.h"
-#include "user_with_module.h"
+#include "window_fixture.h"
 
 class TestRead : public QObject {
     Q_OBJECT
@@ -20,7 +20,7 @@ private slots:
                 parameters.last().inForm.clear();
                 lilacFields.append(parameters.last().widget);
             }
-            UserWithModule user(kind);
+            WindowFixture user(kind);
             user.prepare();
             user.start("scan_parameters");
             QCOMPARE(user.state(), state::reading);
@@ -56,7 +56,7 @@ private slots:
 
     void anAnswerIsEnoughUnlessAnEmptyOneFollows()
     {
-        UserWithModule user;
+        WindowFixture user;
         user.prepare();
         QVERIFY(user.deliver("?"));
         user.start("scan_parameters");
@@ -75,7 +75,7 @@ private slots:
     {
         QFETCH(Kind, kind);
         QFETCH(QByteArrayList, row);
-        UserWithModule user(kind);
+        WindowFixture user(kind);
         user.prepare();
         QVERIFY(user.deliver("MAC before the start"));
         user.start("scan_parameters");
@@ -108,7 +108,7 @@ private slots:
     void goesOnBehindTheBoxesOfEmptyDeliveries()
     {
         constexpr int mostBoxes = 10;
-        UserWithModule user;
+        WindowFixture user;
         user.prepare();
         user.start("scan_parameters");
         QVERIFY(user.tickCommand());

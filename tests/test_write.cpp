@@ -1,6 +1,6 @@
 // Writing a module, restarting it and returning it to factory settings.
 
-#include "user_with_module.h"
+#include "window_fixture.h"
 
 class TestWrite : public QObject {
     Q_OBJECT
@@ -13,7 +13,7 @@ private slots:
         QFETCH(QByteArrayList, row);
         const QByteArray &moment = row[0];
         const int onlyRow = row[1].toInt();
-        UserWithModule user(kind);
+        WindowFixture user(kind);
         user.prepare();
         user.start("applyButton");
         QVERIFY(user.deliver("MAC before the first command"));
@@ -56,7 +56,7 @@ private slots:
     void sendsWhatTheFormShows()
     {
         QFETCH(Kind, kind);
-        UserWithModule user(kind);
+        WindowFixture user(kind);
         user.prepare();
         for (const QByteArrayList &row : rowsOf("codes.txt", kind)) {
             const QByteArray keyword = row[2].left(row[2].indexOf(':') + 1);
@@ -78,7 +78,7 @@ private slots:
         QFETCH(Kind, kind);
         const bool universal = kind == Kind::Universal;
         const QByteArrayList refusals = rowsOf("refusals.txt", kind)[0];
-        UserWithModule user(kind);
+        WindowFixture user(kind);
         user.prepare();
         int row = 0;
         for (const ParameterCase &write : parametersOf(kind, false)) {
@@ -115,7 +115,7 @@ private slots:
         QFETCH(QByteArrayList, row);
         const QByteArrayList commands = row.mid(2);
         for (const bool writing : {false, true}) {
-            UserWithModule user;
+            WindowFixture user;
             user.prepare();
             if (writing) {
                 user.start("applyButton");

@@ -1,4 +1,4 @@
-#include "user_with_module.h"
+#include "window_fixture.h"
 
 #include <QComboBox>
 #include <QLineEdit>
@@ -87,7 +87,7 @@ QByteArray acknowledgementOf(Kind kind)
 
 static constexpr int limitMs = 5000;
 
-UserWithModule::UserWithModule(Kind kind)
+WindowFixture::WindowFixture(Kind kind)
     : module(simulator::Options{kind})
 {
     QLoggingCategory::setFilterRules("default.debug=false\ndefault.warning=false");
@@ -102,7 +102,7 @@ UserWithModule::UserWithModule(Kind kind)
     window.show();
 }
 
-void UserWithModule::prepare()
+void WindowFixture::prepare()
 {
     module.faults.silent = true;
     click("connect");
@@ -112,7 +112,7 @@ void UserWithModule::prepare()
         enter(parameter.widget, parameter.inForm);
 }
 
-QString UserWithModule::state()
+QString WindowFixture::state()
 {
     QStringList state{text("statusbar"), text("connect"), text("scan_parameters"),
                       text("applyButton")};
@@ -132,31 +132,31 @@ QString UserWithModule::state()
     return state.join(", ");
 }
 
-QTimer *UserWithModule::activeTimer()
+QTimer *WindowFixture::activeTimer()
 {
     const auto timer = std::find_if(timers.begin(), timers.end(), std::mem_fn(&QTimer::isActive));
     return timer == timers.end() ? nullptr : *timer;
 }
 
-void UserWithModule::markAll()
+void WindowFixture::markAll()
 {
     for (const ParameterCase &parameter : parametersOf(Kind::Universal))
         find<QWidget>(parameter.widget)->setStyleSheet(green);
 }
 
-QStringList UserWithModule::marked(const QString &styleSheet)
+QStringList WindowFixture::marked(const QString &styleSheet)
 {
     return fieldsThat([&](const QString &field) {
         return styleSheet.isEmpty() ? !mark(field).isEmpty() : mark(field) == styleSheet;
     });
 }
 
-QStringList UserWithModule::filled()
+QStringList WindowFixture::filled()
 {
     return fieldsThat([this](const QString &field) { return !text(field).isEmpty(); });
 }
 
-QStringList UserWithModule::fieldsThat(const std::function<bool(const QString &)> &holds)
+QStringList WindowFixture::fieldsThat(const std::function<bool(const QString &)> &holds)
 {
     QStringList fields;
     for (const ParameterCase &parameter : parametersOf(Kind::Universal)) {
@@ -166,7 +166,7 @@ QStringList UserWithModule::fieldsThat(const std::function<bool(const QString &)
     return fields;
 }
 
-void UserWithModule::start(const QString &button)
+void WindowFixture::start(const QString &button)
 {
     click(button);
     QVERIFY(activeTimer());
@@ -174,7 +174,7 @@ void UserWithModule::start(const QString &button)
     setTick(anHour);
 }
 
-void UserWithModule::tick(int count)
+void WindowFixture::tick(int count)
 {
     for (; count > 0 && activeTimer(); --count) {
         QTimerEvent event(activeTimer()->timerId());
@@ -182,20 +182,20 @@ void UserWithModule::tick(int count)
     }
 }
 
-bool UserWithModule::tickCommand()
+bool WindowFixture::tickCommand()
 {
     const auto before = commands.size();
     tick();
     return comes([&] { return commands.size() > before; }, limitMs);
 }
 
-bool UserWithModule::deliver(const QByteArray &bytes)
+bool WindowFixture::deliver(const QByteArray &bytes)
 {
     module.send(bytes);
     return hasUnread(limitMs) && comes([this] { return !hasUnread(0); }, limitMs);
 }
 
-bool UserWithModule::deliverWithTick(const QByteArray &bytes)
+bool WindowFixture::deliverWithTick(const QByteArray &bytes)
 {
     QTimer *timer = activeTimer();
     timer->setInterval(1);
@@ -208,7 +208,7 @@ bool UserWithModule::deliverWithTick(const QByteArray &bytes)
     return arrived && comes([this] { return !hasUnread(0); }, limitMs);
 }
 
-bool UserWithModule::writeRows(int count)
+bool WindowFixture::writeRows(int count)
 {
     for (int row = 0; row < count; ++row) {
         if (!tickCommand() || !deliver(acknowledgementOf(module.kind())))
@@ -218,7 +218,7 @@ bool UserWithModule::writeRows(int count)
     return true;
 }
 
-bool UserWithModule::hasUnread(int waitMs)
+bool WindowFixture::hasUnread(int waitMs)
 {
     pollfd line{module.farEnd(), POLLIN, 0};
     return poll(&line, 1, waitMs) == 1 && (line.revents & POLLIN) != 0;

@@ -49,7 +49,7 @@ inline const QString green = "background-color:  #90ee90;";
 inline const QString red = "background-color: #FF2400";
 inline const QString lilac = "background-color:  #f5edff;";
 
-/// What UserWithModule::state() says of a window in which everything agrees.
+/// What WindowFixture::state() says of a window in which everything agrees.
 namespace state {
 inline const QString connected = "Connected, Отсоединиться, Сканировать, Запись параметры";
 inline const QString disconnected = "Disconnected, Cоединиться, Сканировать, Запись параметры";
@@ -75,9 +75,9 @@ inline const QString success = "Information: Результы изменения
 } // namespace box
 
 /// A user whose window has a simulated module at its port, and who has time in hand.
-class UserWithModule : public UiDriver {
+class WindowFixture : public UiDriver {
 public:
-    explicit UserWithModule(Kind kind = Kind::Universal);
+    explicit WindowFixture(Kind kind = Kind::Universal);
 
     /// For a silent module: connects, arms the apply button, fills the fields of all kinds.
     void prepare();
