@@ -1,6 +1,6 @@
 #include "setting_module.h"
 
-#include "ini_objects.h"
+#include "serialized_objects.h"
 #include "texts.h"
 
 #include <QFileDialog>
@@ -112,7 +112,7 @@ setting_module::~setting_module()
 bool setting_module::open(const QFileInfo &file)
 {
     std::optional<QByteArray> content = file.exists() ? contentOf(file) : QByteArray();
-    if (content && namesObject(*content))
+    if (content && containsSerializedObject(*content))
         content.reset();
     delete settings;
     scratch = std::make_unique<QTemporaryDir>();

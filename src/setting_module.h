@@ -14,8 +14,9 @@ class QTemporaryDir;
 /// The members are filled before a save and read after a load; they hold exactly what the user
 /// typed or the file held. The integers are indexes of the form's combo boxes. Nothing is checked
 /// and no failure is reported: a value that cannot be read takes its default, a file that cannot be
-/// written stays unchanged. Files of more than 4 MiB, and files for which namesObject() is true,
-/// are neither read nor written. A save never makes such a file.
+/// written stays unchanged. Files of more than 4 MiB, and files for which
+/// containsSerializedObject() is true, are neither read nor written. A save never makes such a
+/// file.
 class setting_module : public QObject {
     Q_OBJECT
 

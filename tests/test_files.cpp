@@ -248,7 +248,7 @@ private slots:
 
     void buildsNoObjects()
     {
-        for (const QByteArrayList &row : tableOf("objects.txt")) {
+        for (const QByteArrayList &row : tableOf("serialized_objects.txt")) {
             const QByteArray content =
                 QByteArray(row[0]).replace("(5)", "(\\0\\0\\0\\x2\\0\\0\\0\\x5)");
             put(site, content);

@@ -1,4 +1,4 @@
-#include "ini_objects.h"
+#include "serialized_objects.h"
 
 #include <QString>
 
@@ -47,7 +47,7 @@ bool isUtf8(const QByteArray &text)
 }
 
 // Parses the text as QSettings does: lines, keys and values, list items, quotes, escapes, comments.
-bool namesObject(const QByteArray &ini)
+bool containsSerializedObject(const QByteArray &ini)
 {
     const QByteArray byteOrderMark = "\xef\xbb\xbf"; // QSettings drops it anywhere.
     const bool skipsNonAscii = !isUtf8(ini);

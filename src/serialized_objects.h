@@ -8,6 +8,6 @@ class QByteArray;
 /// How QSettings decodes a text that is not UTF-8 depends on the version of Qt. There, bytes that
 /// are not ASCII are skipped, so that no object can hide behind them; "é@Variant(" is a false
 /// positive.
-bool namesObject(const QByteArray &ini);
+bool containsSerializedObject(const QByteArray &ini);
 
 bool isUtf8(const QByteArray &text);
