@@ -20,7 +20,7 @@ MainWindow::MainWindow(QWidget *parent)
     setWindowTitle(text::windowTitle);
     setWindowIcon(QIcon(windowIconPath));
 
-    setLinkControls(false);
+    setConnectionControls(false);
     ui->lineEdit_MAC->setEnabled(false);
     ui->lineEdit_version->setEnabled(false);
 

@@ -10,7 +10,7 @@ class Ui_MainWindow;
 
 /// The program's one window: the form, the serial link and the timed dialogue with the module.
 ///
-/// Its files: mainwindow.cpp holds construction and the look of the form, mainwindow_link.cpp the
+/// Its files: mainwindow.cpp holds construction and the look of the form, mainwindow_port.cpp the
 /// port, mainwindow_read.cpp and mainwindow_write.cpp the sequences, mainwindow_reply.cpp the
 /// handling of replies, mainwindow_files.cpp the menu.
 class MainWindow : public QMainWindow {
@@ -78,8 +78,8 @@ private:
     void setMark(const Parameter &parameter, const char *styleSheet);
     void clearMarksOfFixedKinds();
 
-    // mainwindow_link.cpp
-    void setLinkControls(bool open);
+    // mainwindow_port.cpp
+    void setConnectionControls(bool open);
     void watchForHangUp();
     bool isPortHungUp() const;
     void reportNoConnection(ModuleKind kind, const Sequence &sequence);

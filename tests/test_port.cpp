@@ -25,7 +25,7 @@ static qint64 bytesInUse()
     return static_cast<qint64>(info.uordblks) + info.hblkhd;
 }
 
-class TestLink : public QObject {
+class TestPort : public QObject {
     Q_OBJECT
 
 private slots:
@@ -256,5 +256,5 @@ private:
     }
 };
 
-WINDOW_TEST_MAIN(TestLink)
-#include "test_link.moc"
+WINDOW_TEST_MAIN(TestPort)
+#include "test_port.moc"

@@ -51,7 +51,7 @@ void MainWindow::openport()
     }
     if (serial.isOpen()) {
         watchForHangUp();
-        setLinkControls(true);
+        setConnectionControls(true);
         ui->statusbar->showMessage(text::connected);
         return;
     }
@@ -67,13 +67,13 @@ void MainWindow::closeport()
     if (!serial.isOpen())
         return;
     serial.close();
-    setLinkControls(false);
+    setConnectionControls(false);
     ui->statusbar->showMessage(text::disconnected);
     readSequence(Dialect::Fixed).stop();
     writeSequence(Dialect::Fixed).stop();
 }
 
-void MainWindow::setLinkControls(bool open)
+void MainWindow::setConnectionControls(bool open)
 {
     for (QWidget *control :
          {ui->scan_parameters, ui->applyButton, ui->Reset, ui->reset_allparameters})
