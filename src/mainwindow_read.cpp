@@ -11,12 +11,12 @@ namespace {
 /// The step that tests whether the module has answered the first query.
 constexpr int connectionTest = 1;
 
-void empty(QLineEdit *field)
+void clearField(QLineEdit *field)
 {
     field->clear();
 }
 
-void empty(QComboBox *field)
+void clearField(QComboBox *field)
 {
     field->setCurrentIndex(0);
 }
@@ -57,7 +57,7 @@ void MainWindow::resetFields(ModuleKind kind)
     for (const Parameter &parameter : parameters()) {
         if (parameter.isUniversalOnly() && kind != ModuleKind::Universal)
             continue;
-        std::visit([this](auto field) { empty(ui->*field); }, parameter.field);
+        std::visit([this](auto field) { clearField(ui->*field); }, parameter.field);
         if (!parameter.has(KeepsMarkAtScanStart))
             setMark(parameter, mark::none);
     }

@@ -10,7 +10,7 @@
 
 namespace {
 
-bool take(QLineEdit *field, const Codes & /*codes*/, const QString &value)
+bool setField(QLineEdit *field, const Codes & /*codes*/, const QString &value)
 {
     if (value.isEmpty())
         return false;
@@ -18,7 +18,7 @@ bool take(QLineEdit *field, const Codes & /*codes*/, const QString &value)
     return true;
 }
 
-bool take(QComboBox *field, const Codes &codes, const QString &value)
+bool setField(QComboBox *field, const Codes &codes, const QString &value)
 {
     const int item = protocol::itemOf(codes, value);
     if (item < 0)
@@ -76,9 +76,9 @@ void MainWindow::showReply(const Parameter &parameter, Dialect dialect)
         showOffReply(parameter, value);
         return;
     }
-    const bool taken =
-        std::visit([&](auto field) { return take(ui->*field, parameter.codes(dialect), value); },
-                   parameter.field);
+    const bool taken = std::visit(
+        [&](auto field) { return setField(ui->*field, parameter.codes(dialect), value); },
+        parameter.field);
     setMark(parameter, taken ? mark::green : mark::red);
 }
 
