@@ -93,10 +93,10 @@ private:
 
     // mainwindow_reply.cpp
     void reportEmptyDelivery();
-    void takeReply(ModuleKind kind);
+    void handleReply(ModuleKind kind);
     void showReply(const Parameter &parameter, Dialect dialect);
     void showOffReply(const Parameter &parameter, const QString &value);
-    void takeAcknowledgement(ModuleKind kind);
+    void handleWriteReply(ModuleKind kind);
     void reportRefusal(const Parameter &parameter);
 
     // mainwindow_write.cpp

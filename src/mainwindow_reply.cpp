@@ -43,13 +43,13 @@ void MainWindow::readData()
 
     // The RTU-TCP list serves TCP-RTU too, because it begins with the whole TCP-RTU list.
     if (changeTimer->isActive())
-        takeAcknowledgement(ModuleKind::RtuTcp);
+        handleWriteReply(ModuleKind::RtuTcp);
     else if (scanTimer->isActive())
-        takeReply(ModuleKind::RtuTcp);
+        handleReply(ModuleKind::RtuTcp);
     else if (changeModeTimer->isActive())
-        takeAcknowledgement(ModuleKind::Universal);
+        handleWriteReply(ModuleKind::Universal);
     else if (scanAllTimer->isActive())
-        takeReply(ModuleKind::Universal);
+        handleReply(ModuleKind::Universal);
 }
 
 /// Limits the number of boxes, because a line may deliver nothing but line ends.
@@ -61,7 +61,7 @@ void MainWindow::reportEmptyDelivery()
 }
 
 /// Handles the reply to the query that the previous step sent.
-void MainWindow::takeReply(ModuleKind kind)
+void MainWindow::handleReply(ModuleKind kind)
 {
     const QVector<const Parameter *> queried = readList(kind);
     const int queryStep = readSequence(dialectOf(kind)).step - 1;
@@ -97,7 +97,7 @@ void MainWindow::showOffReply(const Parameter &parameter, const QString &value)
 
 /// Handles the reply to a write command. The command was sent at an even step; its reply may arrive
 /// before or after the idle tick that follows.
-void MainWindow::takeAcknowledgement(ModuleKind kind)
+void MainWindow::handleWriteReply(ModuleKind kind)
 {
     const QVector<const Parameter *> written = writeList(kind);
     const Sequence sequence = writeSequence(dialectOf(kind));
