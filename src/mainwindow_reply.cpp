@@ -106,19 +106,19 @@ void MainWindow::handleWriteReply(ModuleKind kind)
         return;
 
     const Parameter &parameter = *written[command];
-    switch (protocol::judge(parameter, dialectOf(kind), replyText)) {
-    case protocol::Judgement::Acknowledged:
+    switch (protocol::classifyWriteReply(parameter, dialectOf(kind), replyText)) {
+    case protocol::WriteReply::Acknowledged:
         setMark(parameter, mark::green);
         if (command < checkedCommands)
             writeAcknowledged = true;
         break;
-    case protocol::Judgement::Refused:
+    case protocol::WriteReply::Refused:
         setMark(parameter, mark::red);
         sequence.stop();
         QMetaObject::invokeMethod(
             this, [this, &parameter] { reportRefusal(parameter); }, Qt::QueuedConnection);
         break;
-    case protocol::Judgement::Meaningless:
+    case protocol::WriteReply::Ignored:
         break;
     }
 }

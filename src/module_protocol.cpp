@@ -41,14 +41,14 @@ QByteArray codeOf(const Codes &codes, int item)
     return code == codes.end() ? QByteArray() : QByteArray(code->write);
 }
 
-Judgement judge(const Parameter &parameter, Dialect dialect, const QString &replyText)
+WriteReply classifyWriteReply(const Parameter &parameter, Dialect dialect, const QString &replyText)
 {
     const bool universal = dialect == Dialect::Universal;
     if (replyText == QLatin1String(universal ? "ok" : "OK"))
-        return Judgement::Acknowledged;
+        return WriteReply::Acknowledged;
     if (universal && parameter.has(RefusedByQuestionMark) && replyText != QLatin1String("?"))
-        return Judgement::Meaningless;
-    return Judgement::Refused;
+        return WriteReply::Ignored;
+    return WriteReply::Refused;
 }
 
 } // namespace protocol

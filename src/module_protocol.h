@@ -32,10 +32,11 @@ int itemOf(const Codes &codes, const QString &value);
 /// The value that writes a combo box item; empty for an item without a code, like the empty one.
 QByteArray codeOf(const Codes &codes, int item);
 
-enum class Judgement { Acknowledged, Refused, Meaningless };
+enum class WriteReply { Acknowledged, Refused, Ignored };
 
 /// The meaning of a reply to the parameter's write command. The universal module refuses some
-/// parameters with "?" only; any other word is then Meaningless.
-Judgement judge(const Parameter &parameter, Dialect dialect, const QString &replyText);
+/// parameters with "?" only; any other word is then Ignored.
+WriteReply classifyWriteReply(const Parameter &parameter, Dialect dialect,
+                              const QString &replyText);
 
 } // namespace protocol
