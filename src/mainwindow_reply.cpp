@@ -33,7 +33,7 @@ bool setField(QComboBox *field, const Codes &codes, const QString &value)
 /// runs, so data that arrives behind a box opened here would be parsed as one reply.
 void MainWindow::readData()
 {
-    replyText = protocol::replyText(serial.readAll());
+    replyText = protocol::decodeReply(serial.readAll());
     qDebug() << "data 2:" + replyText;
     if (replyText.isEmpty()) {
         QMetaObject::invokeMethod(this, &MainWindow::reportEmptyDelivery, Qt::QueuedConnection);

@@ -10,7 +10,7 @@ const char *restartAfterWrite(Dialect dialect)
     return dialect == Dialect::Fixed ? restart : "reset";
 }
 
-QString replyText(const QByteArray &delivery)
+QString decodeReply(const QByteArray &delivery)
 {
     QString text = QString::fromUtf8(delivery.constData());
     text.remove(QLatin1Char('\r'));

@@ -20,7 +20,7 @@ constexpr char off[] = "off";
 const char *restartAfterWrite(Dialect dialect);
 
 /// The text of one delivery: UTF-8 up to the first NUL, without any CR and LF.
-QString replyText(const QByteArray &delivery);
+QString decodeReply(const QByteArray &delivery);
 
 /// The value in a reply to the parameter's query: taken by position and width; the keyword and the
 /// separator are not checked. Empty if the reply ends before the value.
