@@ -9,7 +9,7 @@
 namespace {
 
 /// The step that tests whether the module has answered the first query.
-constexpr int connectionTest = 1;
+constexpr int connectionTestStep = 1;
 
 void clearField(QLineEdit *field)
 {
@@ -109,7 +109,7 @@ void MainWindow::readStep(ModuleKind kind)
         endRead(kind);
         return;
     }
-    if (step == connectionTest) {
+    if (step == connectionTestStep) {
         if (kind == ModuleKind::TcpRtu)
             qDebug() << replyText << "connection test";
         if (replyText.isEmpty()) {

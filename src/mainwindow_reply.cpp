@@ -109,7 +109,7 @@ void MainWindow::handleWriteReply(ModuleKind kind)
     switch (protocol::classifyWriteReply(parameter, dialectOf(kind), replyText)) {
     case protocol::WriteReply::Acknowledged:
         setMark(parameter, mark::green);
-        if (command < checkedCommands)
+        if (command < checkedCommandCount)
             writeAcknowledged = true;
         break;
     case protocol::WriteReply::Refused:

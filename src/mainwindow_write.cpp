@@ -10,7 +10,7 @@
 namespace {
 
 /// The idle step that follows the last of the checked commands.
-constexpr int acknowledgementCheck = 2 * checkedCommands - 1;
+constexpr int acknowledgementCheckStep = 2 * checkedCommandCount - 1;
 
 QByteArray valueIn(const QLineEdit *field, const Codes & /*codes*/)
 {
@@ -30,7 +30,7 @@ const char *traceMarker(int step)
         return "case_1";
     case 2:
         return "case_3";
-    case acknowledgementCheck:
+    case acknowledgementCheckStep:
         return "case_2";
     default:
         return nullptr;
@@ -108,7 +108,7 @@ void MainWindow::writeStep(ModuleKind kind)
 
     if (step == lastStep)
         endWrite(kind);
-    else if (step == acknowledgementCheck)
+    else if (step == acknowledgementCheckStep)
         checkAcknowledgement(kind);
     else if (step < lastStep && step % 2 == 0)
         sendWriteCommand(*written[step / 2], dialectOf(kind));

@@ -85,7 +85,7 @@ const QVector<Parameter> &parameters();
 QVector<const Parameter *> readList(ModuleKind kind);
 
 /// How many of the first write commands are checked: the write ends if none is acknowledged.
-constexpr int checkedCommands = 2;
+constexpr int checkedCommandCount = 2;
 
 /// The parameters that a write of this kind sends, in order.
 QVector<const Parameter *> writeList(ModuleKind kind);
