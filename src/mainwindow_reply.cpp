@@ -55,8 +55,8 @@ void MainWindow::readData()
 /// Limits the number of boxes, because a line may deliver nothing but line ends.
 void MainWindow::reportEmptyDelivery()
 {
-    constexpr int mostBoxes = 10;
-    if (findChildren<QMessageBox *>().size() < mostBoxes)
+    constexpr int maxBoxes = 10;
+    if (findChildren<QMessageBox *>().size() < maxBoxes)
         QMessageBox::critical(this, tr(text::emptyDelivery), text::connectionError);
 }
 

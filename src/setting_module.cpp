@@ -67,8 +67,8 @@ QString escapeLoneSurrogates(const QString &text, const QString &backslash)
 /// The content of a file; none if it cannot be read, is no regular file or is too large.
 std::optional<QByteArray> contentOf(const QFileInfo &info)
 {
-    constexpr qint64 mostBytes = 1 << 22; // A save of full line edits takes up to 3 MiB.
-    if (!info.isFile() || info.size() > mostBytes)
+    constexpr qint64 maxBytes = 1 << 22; // A save of full line edits takes up to 3 MiB.
+    if (!info.isFile() || info.size() > maxBytes)
         return std::nullopt;
     QFile file(info.filePath());
     if (!file.open(QIODevice::ReadOnly))

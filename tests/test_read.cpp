@@ -107,7 +107,7 @@ private slots:
 
     void goesOnBehindTheBoxesOfEmptyDeliveries()
     {
-        constexpr int mostBoxes = 10;
+        constexpr int maxBoxes = 10;
         WindowFixture user;
         user.prepare();
         user.start("scan_parameters");
@@ -122,7 +122,7 @@ private slots:
             QCOMPARE(user.text("lineEdit_version"), QString("2"));
         };
         user.onBox = [&](QMessageBox *) {
-            if (user.boxes.size() < mostBoxes) { // another one over it
+            if (user.boxes.size() < maxBoxes) { // another one over it
                 user.module.send(user.boxes.size() % 2 == 0 ? "\r\n" : QByteArray(1, '\0'));
                 return;
             }
@@ -131,9 +131,9 @@ private slots:
                 box->accept();
         };
         QVERIFY(user.deliver("\r\n"));
-        QTRY_COMPARE(user.boxes.size(), mostBoxes);
+        QTRY_COMPARE(user.boxes.size(), maxBoxes);
         QTRY_VERIFY(!QApplication::activeModalWidget());
-        QCOMPARE(user.boxes.count(box::emptyDelivery), mostBoxes);
+        QCOMPARE(user.boxes.count(box::emptyDelivery), maxBoxes);
     }
 };
 
