@@ -1,6 +1,6 @@
 #pragma once
 
-#include "module_dialect.h"
+#include "module_commands.h"
 #include "pty_line.h"
 
 #include <QDeadlineTimer>

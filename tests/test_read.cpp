@@ -1,6 +1,6 @@
 // Reading a module: what is asked, how replies are taken apart, and what goes on behind boxes.
 
-#include "module_dialect.h"
+#include "module_commands.h"
 #include "window_fixture.h"
 
 class TestRead : public QObject {

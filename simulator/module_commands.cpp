@@ -1,4 +1,4 @@
-#include "module_dialect.h"
+#include "module_commands.h"
 
 #include <optional>
 
