@@ -92,9 +92,9 @@ constexpr unsigned only(ModuleKind kind)
 }
 
 constexpr unsigned universal = only(ModuleKind::Universal);
-constexpr unsigned numeric = only(ModuleKind::TcpRtu) | only(ModuleKind::RtuTcp);
+constexpr unsigned fixed = only(ModuleKind::TcpRtu) | only(ModuleKind::RtuTcp);
 constexpr unsigned clients = only(ModuleKind::RtuTcp) | universal;
-constexpr unsigned all = numeric | universal;
+constexpr unsigned all = fixed | universal;
 
 struct Parameter {
     unsigned kinds;
@@ -113,7 +113,7 @@ constexpr Parameter parameters[] = {
     {all, "MASK", "CHANGE MASK:", mask, "255.255.255.0"},
     {all, "GATEWAY", "CHANGE GATEWAY:", address, "0.0.0.0"},
     {all, "PORT TCP", "CHANGE PORT TCP:", tcpPort, "502"},
-    {numeric, "parity", "CHANGE PARITY:", coded<parityDigits>, "0"},
+    {fixed, "parity", "CHANGE PARITY:", coded<parityDigits>, "0"},
     {universal, "parity", "CHANGE PARITY:", coded<parityWords>, "none"},
     {all, "SPEED RS485", "CHANGE SPEED RS485:", coded<speedCodes>, "9600"},
     {all, "STOP BIT", "CHANGE STOP BIT:", coded<stopBitCodes>, "1"},
