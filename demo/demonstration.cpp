@@ -251,7 +251,8 @@ bool Demonstrator::reportFile(const Values &saved, const Values &loaded)
 }
 
 /// The exit code.
-int demonstrate(const simulator::Options &options, const QDir &pictures, int tickMs, int end)
+int demonstrate(const simulator::Options &options, const QDir &pictures, int tickMs,
+                int terminationFd)
 {
     simulator::SimulatedModule module(options);
     module.setValue("tcp slave id", "17"); // to have something to write over
@@ -259,7 +260,7 @@ int demonstrate(const simulator::Options &options, const QDir &pictures, int tic
         if (!module.start())
             throw std::runtime_error(module.errorString().toStdString());
         Demonstrator demonstrator(options, module.portPath(), tickMs);
-        QSocketNotifier notifier(end, QSocketNotifier::Read);
+        QSocketNotifier notifier(terminationFd, QSocketNotifier::Read);
         QObject::connect(&notifier, &QSocketNotifier::activated, &demonstrator,
                          [&] { demonstrator.giveUpWaiting("ended from outside"); });
         return demonstrator.demonstrate(pictures) ? 0 : 1;
@@ -274,7 +275,7 @@ int demonstrate(const simulator::Options &options, const QDir &pictures, int tic
 int main(int argc, char *argv[])
 {
     // Before the application starts threads, which would die of the signals.
-    const int end = simulator::watchForEnd();
+    const int terminationFd = simulator::openTerminationFd();
 
     Application application(argc, argv);
     QCommandLineParser parser;
@@ -293,5 +294,5 @@ int main(int argc, char *argv[])
         return simulator::refuseToStart("no such tick or folder", 2);
     // The traces of the window would drown the report.
     QLoggingCategory::setFilterRules("default.debug=false");
-    return demonstrate(options, pictures, tickMs, end);
+    return demonstrate(options, pictures, tickMs, terminationFd);
 }

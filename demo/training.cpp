@@ -56,12 +56,12 @@ int main(int argc, char *argv[])
 {
     const simulator::Options options = readOptions(argc, argv);
     // Before the application starts threads, which would die of the signals.
-    const int end = simulator::watchForEnd();
+    const int terminationFd = simulator::openTerminationFd();
 
     Application application(argc, argv);
     simulator::SimulatedModule module(options);
 
-    QSocketNotifier notifier(end, QSocketNotifier::Read);
+    QSocketNotifier notifier(terminationFd, QSocketNotifier::Read);
     QObject::connect(&notifier, &QSocketNotifier::activated, &application, &Application::quit);
 
     if (!module.start())

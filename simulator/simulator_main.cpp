@@ -51,7 +51,7 @@ int main(int argc, char *argv[])
         "Prints the path to open as serial port, then every command and reply, until Ctrl-C.");
     SimulatedModule module(processOptions(parser));
 
-    QSocketNotifier end(watchForEnd(), QSocketNotifier::Read);
+    QSocketNotifier end(openTerminationFd(), QSocketNotifier::Read);
     QObject::connect(&end, &QSocketNotifier::activated, &application, &QCoreApplication::quit);
 
     QObject::connect(&module, &SimulatedModule::commandReceived,

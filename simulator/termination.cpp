@@ -7,7 +7,7 @@
 
 namespace simulator {
 
-int watchForEnd()
+int openTerminationFd()
 {
     // A closed stdout must not end the program before it has removed the link.
     std::signal(SIGPIPE, SIG_IGN);
