@@ -291,7 +291,7 @@ int main(int argc, char *argv[])
     const QDir pictures(parser.value("screenshots"));
     const int tickMs = parser.value("tick").toInt();
     if (tickMs < 1 || !pictures.mkpath("."))
-        return simulator::refuseToStart("no such tick or folder", 2);
+        return simulator::reportStartupError("no such tick or folder", 2);
     // The traces of the window would drown the report.
     QLoggingCategory::setFilterRules("default.debug=false");
     return demonstrate(options, pictures, tickMs, terminationFd);

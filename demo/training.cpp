@@ -65,7 +65,7 @@ int main(int argc, char *argv[])
     QObject::connect(&notifier, &QSocketNotifier::activated, &application, &Application::quit);
 
     if (!module.start())
-        return simulator::refuseToStart(module.errorString(), 1);
+        return simulator::reportStartupError(module.errorString(), 1);
 
     MainWindow window;
     window.setFixedSize(MainWindow::startSize);

@@ -61,7 +61,7 @@ int main(int argc, char *argv[])
     QObject::connect(&module, &SimulatedModule::wentOff, [] { log("disconnected"); });
     QObject::connect(&module, &SimulatedModule::cameBack, [] { log("reconnected"); });
     if (!module.start())
-        return refuseToStart(module.errorString(), 1);
+        return reportStartupError(module.errorString(), 1);
 
     print(module.portPath());
     return QCoreApplication::exec();

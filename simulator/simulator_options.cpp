@@ -135,11 +135,11 @@ Options processOptions(QCommandLineParser &parser)
     else
         readOptions(parser, &options, &error);
     if (!error.isEmpty())
-        std::exit(refuseToStart(error, usageError));
+        std::exit(reportStartupError(error, usageError));
     return options;
 }
 
-int refuseToStart(const QString &reason, int exitCode)
+int reportStartupError(const QString &reason, int exitCode)
 {
     const QString program = QFileInfo(QCoreApplication::applicationFilePath()).fileName();
     QTextStream(stderr) << program << ": " << reason << '\n';

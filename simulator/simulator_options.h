@@ -11,6 +11,6 @@ namespace simulator {
 Options processOptions(QCommandLineParser &parser);
 
 /// Prints the reason to stderr and returns exitCode, for use in main().
-int refuseToStart(const QString &reason, int exitCode);
+int reportStartupError(const QString &reason, int exitCode);
 
 } // namespace simulator
