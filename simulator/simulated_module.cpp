@@ -18,12 +18,12 @@ SimulatedModule::SimulatedModule(const Options &options)
     , moduleKind(options.kind)
     , values(factoryValues(options.kind))
     , line(options.linkPath)
-    , due(std::make_unique<QObject>())
+    , pendingReplies(std::make_unique<QObject>())
 {
     restartTimer.setSingleShot(true);
-    connect(&restartTimer, &QTimer::timeout, this, &SimulatedModule::comeBack);
+    connect(&restartTimer, &QTimer::timeout, this, &SimulatedModule::reconnect);
     connect(&floodTimer, &QTimer::timeout, this, &SimulatedModule::flood);
-    connect(&line, &PtyLine::received, this, &SimulatedModule::takeCommand);
+    connect(&line, &PtyLine::received, this, &SimulatedModule::handleCommand);
     connect(&line, &PtyLine::wasRead, this, &SimulatedModule::sendNext);
 }
 
@@ -49,22 +49,22 @@ void SimulatedModule::hangUp()
 {
     if (!line.isOpen())
         return;
-    due = std::make_unique<QObject>();
+    pendingReplies = std::make_unique<QObject>();
     unsent.clear();
     line.hangUp();
-    emit wentOff();
+    emit disconnected();
 }
 
-void SimulatedModule::comeBack()
+void SimulatedModule::reconnect()
 {
     restartTimer.stop();
     if (line.isOpen() || !line.open())
         return;
     restarting = false;
-    emit cameBack();
+    emit reconnected();
 }
 
-void SimulatedModule::takeCommand(const QByteArray &bytes)
+void SimulatedModule::handleCommand(const QByteArray &bytes)
 {
     if (restarting)
         return;
@@ -77,10 +77,10 @@ void SimulatedModule::takeCommand(const QByteArray &bytes)
     }
     // A slot of commandReceived() may have hung up as well.
     if (line.isOpen())
-        obey(parseCommand(moduleKind, bytes));
+        execute(parseCommand(moduleKind, bytes));
 }
 
-void SimulatedModule::obey(const Command &command)
+void SimulatedModule::execute(const Command &command)
 {
     switch (command.type) {
     case Command::Type::Query:
@@ -123,7 +123,7 @@ void SimulatedModule::reply(const QByteArray &bytes)
     deliveries.append(bytes.mid(firstPart));
 
     // Coarse timers may fire together and so merge replies.
-    QTimer::singleShot(faults.delayMs, Qt::PreciseTimer, due.get(), [this, deliveries] {
+    QTimer::singleShot(faults.delayMs, Qt::PreciseTimer, pendingReplies.get(), [this, deliveries] {
         const bool waiting = !unsent.isEmpty();
         unsent += deliveries;
         if (!waiting)
@@ -153,7 +153,7 @@ void SimulatedModule::flood()
 void SimulatedModule::restart()
 {
     restarting = true;
-    QTimer::singleShot(hangUpDelayMs, due.get(), [this] {
+    QTimer::singleShot(hangUpDelayMs, pendingReplies.get(), [this] {
         restartTimer.start(restartMs);
         hangUp();
     });

@@ -55,10 +55,10 @@ public:
     /// Sends an unsolicited delivery, at once.
     void send(const QByteArray &bytes);
 
-    /// Disconnects until comeBack(), and drops pending replies.
+    /// Disconnects until reconnect(), and drops pending replies.
     void hangUp();
     /// No effect while connected.
-    void comeBack();
+    void reconnect();
 
     Faults faults;
     int restartMs; ///< time that a restart takes, disconnected
@@ -66,12 +66,12 @@ public:
 signals:
     void commandReceived(const QByteArray &command);
     void deliverySent(const QByteArray &delivery); ///< one part of a reply
-    void wentOff();
-    void cameBack();
+    void disconnected();
+    void reconnected();
 
 private:
-    void takeCommand(const QByteArray &bytes);
-    void obey(const Command &command);
+    void handleCommand(const QByteArray &bytes);
+    void execute(const Command &command);
     void reply(const QByteArray &bytes);
     void sendNext();
     void restart();
@@ -85,7 +85,7 @@ private:
     QDeadlineTimer floodEnd;
     bool restarting = false;
     /// Context of the timers of pending replies and restarts; replacing it cancels them.
-    std::unique_ptr<QObject> due;
+    std::unique_ptr<QObject> pendingReplies;
     /// Further parts of replies. Each is sent when the client has read the one before it, so that
     /// they are separate deliveries however busy the machine is.
     QByteArrayList unsent;

@@ -58,8 +58,8 @@ int main(int argc, char *argv[])
                      [](const QByteArray &command) { log("command  " + printable(command)); });
     QObject::connect(&module, &SimulatedModule::deliverySent,
                      [](const QByteArray &delivery) { log("reply    " + printable(delivery)); });
-    QObject::connect(&module, &SimulatedModule::wentOff, [] { log("disconnected"); });
-    QObject::connect(&module, &SimulatedModule::cameBack, [] { log("reconnected"); });
+    QObject::connect(&module, &SimulatedModule::disconnected, [] { log("disconnected"); });
+    QObject::connect(&module, &SimulatedModule::reconnected, [] { log("reconnected"); });
     if (!module.start())
         return reportStartupError(module.errorString(), 1);
 

@@ -97,7 +97,7 @@ private:
         if (action == "hang_up")
             module.hangUp();
         else if (action == "come_back")
-            module.comeBack();
+            module.reconnect();
         else if (action == "send" || action == "stall")
             module.send(QByteArray::fromPercentEncoding(oneOf(deliveries, number)));
         else if (action == "faults")

@@ -20,7 +20,7 @@ class TestModule : public QObject {
         QSerialPort port(module->portPath());
         port.open(QIODevice::ReadWrite);
         bool isOff = false; // perhaps for so short a time that nobody sees it
-        connect(module, &simulator::SimulatedModule::wentOff, &port, [&] { isOff = true; });
+        connect(module, &simulator::SimulatedModule::disconnected, &port, [&] { isOff = true; });
         const auto answered = [&] { return port.bytesAvailable() > 0 || isOff; };
         for (const QByteArray &command : commands) {
             port.write(command);
@@ -98,7 +98,7 @@ private slots:
         module.faults.hangUpAfter = 1;
         QCOMPARE(sayAll(0), QByteArrayList());
         QVERIFY(!QFile::exists(module.portPath()));
-        module.comeBack();
+        module.reconnect();
         module.faults = {};
         module.faults.refuse = "PORT TCP";
         QCOMPARE(talk(&module, {"CHANGE PORT TCP:10000", "PORT TCP"}),

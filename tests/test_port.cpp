@@ -236,7 +236,7 @@ private:
     /// Whatever has ended, both sequences can be started, and start with their first command.
     static void startAnew(WindowFixture &user)
     {
-        user.module.comeBack();
+        user.module.reconnect();
         if (user.text("connect") == "Cоединиться")
             user.click("connect");
         if (user.text("scan_parameters") == "Стоп сканирования")
