@@ -43,7 +43,7 @@ bool PtyLine::open()
         return false;
     }
     watch(master, &PtyLine::readAll);
-    watch(accesses, &PtyLine::reportAccesses);
+    watch(accessFd, &PtyLine::reportAccesses);
     return true;
 }
 
@@ -71,8 +71,8 @@ bool PtyLine::openPty()
     cfmakeraw(&settings);
     if (tcsetattr(slave, TCSANOW, &settings) != 0)
         return fail(QString("cannot set up %1").arg(ptyPath));
-    accesses = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-    if (inotify_add_watch(accesses, name, IN_ACCESS | IN_CLOSE) < 0)
+    accessFd = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    if (inotify_add_watch(accessFd, name, IN_ACCESS | IN_CLOSE) < 0)
         return fail(QString("cannot watch %1").arg(ptyPath));
     return true;
 }
@@ -107,12 +107,12 @@ void PtyLine::readAll()
 }
 
 /// Handles the events of the slave until now. Returns whether a client has read from it.
-bool PtyLine::takeAccesses()
+bool PtyLine::handleAccesses()
 {
     bool read = false;
     alignas(inotify_event) char buffer[512];
     ssize_t size = 0;
-    while ((size = ::read(accesses, buffer, sizeof buffer)) > 0) {
+    while ((size = ::read(accessFd, buffer, sizeof buffer)) > 0) {
         // The events have no names appended, because the watched file is no folder.
         for (const char *next = buffer; next < buffer + size; next += sizeof(inotify_event)) {
             inotify_event event;
@@ -129,13 +129,13 @@ bool PtyLine::takeAccesses()
 
 void PtyLine::reportAccesses()
 {
-    if (takeAccesses())
+    if (handleAccesses())
         emit wasRead();
 }
 
 void PtyLine::write(const QByteArray &bytes)
 {
-    takeAccesses(); // drops reads of what was written before
+    handleAccesses(); // drops reads of what was written before
     int done = 0;
     while (isOpen() && done < bytes.size()) {
         const ssize_t count =
@@ -157,7 +157,7 @@ void PtyLine::hangUp()
     const QFileInfo link(linkPath);
     if (isOpen() && link.isSymLink() && link.symLinkTarget() == ptyPath)
         QFile::remove(linkPath);
-    for (int *descriptor : {&accesses, &slave, &master}) {
+    for (int *descriptor : {&accessFd, &slave, &master}) {
         if (*descriptor >= 0)
             ::close(*descriptor);
         *descriptor = -1;

@@ -26,7 +26,7 @@ public:
     QString path() const { return linkPath; }
     /// The slave's descriptor, which stays open here. Readable as long as the clients have not read
     /// everything that was written. -1 while the line is hung up.
-    int farEnd() const { return slave; }
+    int slaveFd() const { return slave; }
 
     /// Never blocks: bytes that the line cannot take are lost, as with a UART that nobody reads.
     void write(const QByteArray &bytes);
@@ -46,7 +46,7 @@ private:
     bool fail(const QString &what);
     void watch(int descriptor, void (PtyLine::*react)());
     void readAll();
-    bool takeAccesses();
+    bool handleAccesses();
     void reportAccesses();
 
     std::unique_ptr<QTemporaryDir> folder;
@@ -55,7 +55,7 @@ private:
     QString message;
     int master = -1;
     int slave = -1;
-    int accesses = -1; ///< inotify descriptor: a client has read from or closed the slave
+    int accessFd = -1; ///< inotify descriptor: a client has read from or closed the slave
 };
 
 } // namespace simulator

@@ -44,7 +44,7 @@ public:
     QString errorString() const { return line.errorString(); }
     /// The path of the port, the same before and after a restart.
     QString portPath() const { return line.path(); }
-    int farEnd() const { return line.farEnd(); } ///< see PtyLine
+    int slaveFd() const { return line.slaveFd(); } ///< see PtyLine
 
     ModuleKind kind() const { return moduleKind; }
     QVector<QByteArray> queries() const { return queriesOf(moduleKind); }

@@ -115,7 +115,7 @@ private slots:
         if (ioctl(killed, TIOCGEXCL, &exclusive) != 0)
             QSKIP("the emulator does not know TIOCGEXCL");
         QVERIFY(exclusive != 0 && close(killed) == 0); // and leaves it exclusive
-        QTRY_VERIFY(ioctl(module.farEnd(), TIOCGEXCL, &exclusive) == 0 && exclusive == 0);
+        QTRY_VERIFY(ioctl(module.slaveFd(), TIOCGEXCL, &exclusive) == 0 && exclusive == 0);
     }
 
     void commandSaysWhatIsWrong()

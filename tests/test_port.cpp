@@ -65,7 +65,7 @@ private slots:
         other.close();
         user.click("connect");
         termios settings{}; // 9600 8N1 without flow control; a pty does not keep PARENB
-        QVERIFY(tcgetattr(user.module.farEnd(), &settings) == 0);
+        QVERIFY(tcgetattr(user.module.slaveFd(), &settings) == 0);
         QVERIFY(cfgetispeed(&settings) == B9600 && cfgetospeed(&settings) == B9600);
         QCOMPARE(settings.c_cflag & (CSIZE | CSTOPB | PARODD | CRTSCTS), tcflag_t(CS8));
         QCOMPARE(settings.c_iflag & (IXON | IXOFF), tcflag_t(0));

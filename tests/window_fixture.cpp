@@ -220,6 +220,6 @@ bool WindowFixture::writeRows(int count)
 
 bool WindowFixture::hasUnread(int waitMs)
 {
-    pollfd line{module.farEnd(), POLLIN, 0};
+    pollfd line{module.slaveFd(), POLLIN, 0};
     return poll(&line, 1, waitMs) == 1 && (line.revents & POLLIN) != 0;
 }
