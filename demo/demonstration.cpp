@@ -102,7 +102,7 @@ Demonstrator::Demonstrator(const simulator::Options &options, QString modulePort
                            QString(text::writeSucceeded).arg(kinds->currentText().trimmed()));
     onBox = [this](QMessageBox * /*box*/) {
         if (boxes.last() != expectedBox)
-            giveUpWaiting("unexpected message box \"" + boxes.last() + '"');
+            abortWait("unexpected message box \"" + boxes.last() + '"');
     };
     window.show();
 }
@@ -262,7 +262,7 @@ int demonstrate(const simulator::Options &options, const QDir &pictures, int tic
         Demonstrator demonstrator(options, module.portPath(), tickMs);
         QSocketNotifier notifier(terminationFd, QSocketNotifier::Read);
         QObject::connect(&notifier, &QSocketNotifier::activated, &demonstrator,
-                         [&] { demonstrator.giveUpWaiting("ended from outside"); });
+                         [&] { demonstrator.abortWait("ended from outside"); });
         return demonstrator.demonstrate(pictures) ? 0 : 1;
     } catch (const std::runtime_error &error) {
         print(QString("FAILED: ") + error.what());

@@ -95,7 +95,7 @@ private:
     void takeBox(QMessageBox *box)
     {
         if (boxName.isEmpty())
-            giveUpWaiting("unexpected box \"" + boxes.last() + '"');
+            abortWait("unexpected box \"" + boxes.last() + '"');
         QPixmap picture = framed(box);
         if (boxInWindow) {
             // Over the buttons, so that the marks of the fields stay in sight.

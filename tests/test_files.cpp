@@ -160,8 +160,8 @@ private slots:
     void dialogsListSettingsFiles()
     {
         put(site, others);
-        put("notes.txt", "");
-        const QStringList expected{"site.TRset", "notes.txt site.TRset"};
+        put("settingsFolder.txt", "");
+        const QStringList expected{"site.TRset", "settingsFolder.txt site.TRset"};
         QStringList seen;
         const auto look = [&] {
             auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
@@ -175,7 +175,7 @@ private slots:
             };
             for (const QString &filter : dialog->nameFilters()) {
                 dialog->selectNameFilter(filter);
-                seen += user->comes(isListed, 5000) ? expected[seen.size()] : "others";
+                seen += user->waitUntil(isListed, 5000) ? expected[seen.size()] : "others";
             }
             user->leavesDialogsOpen = false;
             dialog->reject();

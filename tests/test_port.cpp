@@ -122,7 +122,7 @@ private slots:
         const QString all = user.marked().join(' ');
 
         user.onBox = [&](QMessageBox *) {
-            // The next tick is an hour away, but a loss comes through behind the box as well.
+            // The next tick is an hour away, but a loss waitUntil through behind the box as well.
             if (end.size() > 1 && user.boxes.size() == 1) {
                 perform(user, end[1]);
                 QTRY_COMPARE(user.boxes, boxes);

@@ -186,13 +186,13 @@ bool WindowFixture::tickCommand()
 {
     const auto before = commands.size();
     tick();
-    return comes([&] { return commands.size() > before; }, limitMs);
+    return waitUntil([&] { return commands.size() > before; }, limitMs);
 }
 
 bool WindowFixture::deliver(const QByteArray &bytes)
 {
     module.send(bytes);
-    return hasUnread(limitMs) && comes([this] { return !hasUnread(0); }, limitMs);
+    return hasUnread(limitMs) && waitUntil([this] { return !hasUnread(0); }, limitMs);
 }
 
 bool WindowFixture::deliverWithTick(const QByteArray &bytes)
@@ -205,7 +205,7 @@ bool WindowFixture::deliverWithTick(const QByteArray &bytes)
     QCoreApplication::processEvents();
     if (timer->isActive())
         timer->setInterval(anHour);
-    return arrived && comes([this] { return !hasUnread(0); }, limitMs);
+    return arrived && waitUntil([this] { return !hasUnread(0); }, limitMs);
 }
 
 bool WindowFixture::writeRows(int count)

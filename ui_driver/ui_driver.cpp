@@ -21,9 +21,9 @@
 UiDriver::UiDriver()
     : timers(window.findChildren<QTimer *>(QString(), Qt::FindDirectChildrenOnly))
 {
-    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, notes.path());
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settingsFolder.path());
     window.setFixedSize(MainWindow::startSize);
-    lookForDialogs();
+    pollDialogs();
 }
 
 void UiDriver::choosePort(const QString &port)
@@ -41,12 +41,12 @@ void UiDriver::click(const QString &button)
 
 void UiDriver::trigger(const QString &action, const QString &path)
 {
-    pathToGive = path;
+    nextPath = path;
     find<QAction>(action)->trigger();
     // What it has left for later an event loop would have removed by now.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     if (!failure.isEmpty())
-        giveUp(std::exchange(failure, QString()));
+        fail(std::exchange(failure, QString()));
 }
 
 void UiDriver::enter(const QString &field, const QString &value)
@@ -59,7 +59,7 @@ void UiDriver::enter(const QString &field, const QString &value)
     else if (text(field) != value)
         click(field);
     if (text(field) != value)
-        giveUp(QString("%1 does not take \"%2\"").arg(field, value));
+        fail(QString("%1 does not take \"%2\"").arg(field, value));
 }
 
 QString UiDriver::text(const QString &name)
@@ -97,11 +97,11 @@ bool UiDriver::isVisible(const QString &name)
 
 void UiDriver::waitFor(const QString &what, const std::function<bool()> &done, int limitMs)
 {
-    if (!comes(done, limitMs))
-        giveUp(failure.isEmpty() ? QString("no %1 within %2 ms").arg(what).arg(limitMs) : failure);
+    if (!waitUntil(done, limitMs))
+        fail(failure.isEmpty() ? QString("no %1 within %2 ms").arg(what).arg(limitMs) : failure);
 }
 
-bool UiDriver::comes(const std::function<bool()> &done, int limitMs)
+bool UiDriver::waitUntil(const std::function<bool()> &done, int limitMs)
 {
     QElapsedTimer clock;
     clock.start();
@@ -133,23 +133,23 @@ bool UiDriver::answer(QFileDialog *dialog, const QString &path)
     return taken;
 }
 
-void UiDriver::giveUp(const QString &reason)
+void UiDriver::fail(const QString &reason)
 {
     throw std::runtime_error(reason.toStdString());
 }
 
-void UiDriver::lookForDialogs()
+void UiDriver::pollDialogs()
 {
     // First, for a handler may wait, and other dialogs open meanwhile.
-    QTimer::singleShot(2, this, &UiDriver::lookForDialogs);
+    QTimer::singleShot(2, this, &UiDriver::pollDialogs);
     QWidget *dialog = QApplication::activeModalWidget();
     if (!dialog || dialog->property("seen").toBool())
         return;
     dialog->setProperty("seen", true);
     if (auto *fileDialog = qobject_cast<QFileDialog *>(dialog)) {
         fileDialogs.append(fileDialog->windowTitle() + ": " + fileDialog->nameFilters().join(' '));
-        if (!leavesDialogsOpen && !answer(fileDialog, pathToGive))
-            giveUpWaiting("the file dialog does not take " + pathToGive);
+        if (!leavesDialogsOpen && !answer(fileDialog, nextPath))
+            abortWait("the file dialog does not take " + nextPath);
         return;
     }
     auto *box = qobject_cast<QMessageBox *>(dialog);

@@ -22,7 +22,7 @@ public:
     {
         auto *object = window.findChild<Object *>(name);
         if (!object)
-            giveUp("there is no " + name);
+            fail("there is no " + name);
         return object;
     }
 
@@ -42,9 +42,9 @@ public:
     bool isVisible(const QString &name);
 
     void waitFor(const QString &what, const std::function<bool()> &done, int limitMs = 30000);
-    bool comes(const std::function<bool()> &done, int limitMs); ///< instead of throwing
+    bool waitUntil(const std::function<bool()> &done, int limitMs); ///< instead of throwing
     /// Ends the next, or the present, waitFor() or trigger().
-    void giveUpWaiting(const QString &reason) { failure = reason; }
+    void abortWait(const QString &reason) { failure = reason; }
     void setTick(int ms); ///< of the sequences that are running, instead of a second
 
     /// Called for each box that opens, while it is open; then the box is closed.
@@ -61,10 +61,11 @@ public:
     static bool answer(QFileDialog *dialog, const QString &path);
 
 private:
-    [[noreturn]] static void giveUp(const QString &reason);
-    void lookForDialogs();
+    [[noreturn]] static void fail(const QString &reason);
+    void pollDialogs();
 
-    QString pathToGive;
+    QString nextPath;
     QString failure;
-    const QTemporaryDir notes; ///< instead of the user's own, of what file dialogs were given
+    const QTemporaryDir
+        settingsFolder; ///< instead of the user's own, of what file dialogs were given
 };
