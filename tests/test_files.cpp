@@ -263,14 +263,14 @@ private slots:
     void loadsUnderARunningRead()
     {
         put(site, others);
-        user->prepare();
+        user->connectAndFillForm();
         user->start("scan_parameters");
-        QVERIFY(user->tickCommand());
+        QVERIFY(user->tickAndAwaitCommand());
         user->trigger("action_open_2", site);
         user->tick(); // sends nothing for this kind any more, until the user stops it
         user->click("scan_parameters");
         user->start("scan_parameters");
-        QVERIFY(user->tickCommand());
+        QVERIFY(user->tickAndAwaitCommand());
         QCOMPARE(user->commands, (QByteArrayList{"MAC", "MODE TCP"}));
     }
 

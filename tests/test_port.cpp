@@ -90,7 +90,7 @@ private slots:
         QFETCH(Kind, kind);
         QFETCH(QByteArrayList, row);
         WindowFixture user(kind);
-        user.prepare();
+        user.connectAndFillForm();
         user.boxAnswer = "Да";
         static QByteArrayList lines;
         lines.clear();
@@ -115,7 +115,7 @@ private slots:
         QStringList boxes;
         for (QByteArray &box : row.mid(4))
             boxes.append(box.replace("<kind>", nameOf(kind).toUtf8()));
-        user.prepare();
+        user.connectAndFillForm();
         for (const QByteArray &step : row[0].split(' '))
             perform(user, step);
         user.markAll();
@@ -149,7 +149,7 @@ private slots:
         QFETCH(Kind, kind);
         for (const bool writing : {false, true}) {
             WindowFixture user(kind);
-            user.prepare();
+            user.connectAndFillForm();
             // What is acknowledged after the check does not count, neither now nor later.
             connect(&user.module, &simulator::SimulatedModule::commandReceived, &user, [&] {
                 if (writing && user.commands.size() > 2)
@@ -221,7 +221,7 @@ private:
         else if (step == "loss")
             user.module.hangUp();
         else if (step == "send")
-            QVERIFY(user.tickCommand());
+            QVERIFY(user.tickAndAwaitCommand());
         else if (step.startsWith("tick"))
             user.tick(step == "tick" ? 1 : 100);
         else if (step.startsWith("action"))
@@ -230,7 +230,7 @@ private:
             user.click(step);
         else
             QVERIFY(QMetaObject::invokeMethod(&user.window, step));
-        user.setTick(anHour);
+        user.setTick(oneHourMs);
     }
 
     /// Whatever has ended, both sequences can be started, and start with their first command.
@@ -246,7 +246,7 @@ private:
         user.commands.clear();
         for (const char *button : {"applyButton", "scan_parameters"}) {
             user.start(button);
-            QVERIFY(user.tickCommand());
+            QVERIFY(user.tickAndAwaitCommand());
             user.click(button);
         }
         // Commands that nobody had read yet stand before it.

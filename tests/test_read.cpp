@@ -21,7 +21,7 @@ private slots:
                 lilacFields.append(parameters.last().widget);
             }
             WindowFixture user(kind);
-            user.prepare();
+            user.connectAndFillForm();
             user.start("scan_parameters");
             QCOMPARE(user.state(), state::reading);
             const QString others = "comboBox_mode lineEdit_version lineEdit_timewait "
@@ -57,7 +57,7 @@ private slots:
     void anAnswerIsEnoughUnlessAnEmptyOneFollows()
     {
         WindowFixture user;
-        user.prepare();
+        user.connectAndFillForm();
         QVERIFY(user.deliver("?"));
         user.start("scan_parameters");
         user.tick(2);
@@ -76,14 +76,14 @@ private slots:
         QFETCH(Kind, kind);
         QFETCH(QByteArrayList, row);
         WindowFixture user(kind);
-        user.prepare();
+        user.connectAndFillForm();
         QVERIFY(user.deliver("MAC before the start"));
         user.start("scan_parameters");
         QVERIFY(user.deliver("MAC before the first query"));
         QString widget;
         for (const ParameterCase &parameter : parametersOf(kind)) {
             if (!user.commands.endsWith(row[0])) {
-                QVERIFY(user.tickCommand());
+                QVERIFY(user.tickAndAwaitCommand());
                 widget = parameter.widget;
             }
         }
@@ -109,15 +109,15 @@ private slots:
     {
         constexpr int maxBoxes = 10;
         WindowFixture user;
-        user.prepare();
+        user.connectAndFillForm();
         user.start("scan_parameters");
-        QVERIFY(user.tickCommand());
+        QVERIFY(user.tickAndAwaitCommand());
         user.leavesDialogsOpen = true;
         const auto look = [&] {
             QVERIFY(user.deliver("\n"));
             QVERIFY(user.deliver("MODE TCP client"));
             QCOMPARE(user.text("comboBox_mode"), QString("Клиент TCP"));
-            QVERIFY(user.tickCommand());
+            QVERIFY(user.tickAndAwaitCommand());
             QVERIFY(user.deliver("version 1") && user.deliver("version 2"));
             QCOMPARE(user.text("lineEdit_version"), QString("2"));
         };

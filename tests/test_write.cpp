@@ -14,12 +14,12 @@ private slots:
         const QByteArray &moment = row[0];
         const int onlyRow = row[1].toInt();
         WindowFixture user(kind);
-        user.prepare();
+        user.connectAndFillForm();
         user.start("applyButton");
         QVERIFY(user.deliver("MAC before the first command"));
         QCOMPARE(user.state(), state::writing);
         for (const ParameterCase &write : parametersOf(kind, false)) {
-            QVERIFY(user.tickCommand());
+            QVERIFY(user.tickAndAwaitCommand());
             const bool acknowledged = onlyRow == 0 || onlyRow == user.commands.size();
             const QByteArray word = acknowledgementOf(kind);
             if (!acknowledged || moment == "after")
@@ -57,7 +57,7 @@ private slots:
     {
         QFETCH(Kind, kind);
         WindowFixture user(kind);
-        user.prepare();
+        user.connectAndFillForm();
         for (const QByteArrayList &row : rowsOf("codes.txt", kind)) {
             const QByteArray keyword = row[2].left(row[2].indexOf(':') + 1);
             user.commands.clear();
@@ -66,7 +66,7 @@ private slots:
                 QVERIFY(user.writeRows(1));
             // Only now: a value counts as it stands when its command is sent.
             user.enter(row[0], row[1]);
-            QVERIFY(user.tickCommand());
+            QVERIFY(user.tickAndAwaitCommand());
             QCOMPARE(user.commands.last(), row[2]);
             user.click("applyButton");
         }
@@ -79,7 +79,7 @@ private slots:
         const bool universal = kind == Kind::Universal;
         const QByteArrayList refusals = rowsOf("refusals.txt", kind)[0];
         WindowFixture user(kind);
-        user.prepare();
+        user.connectAndFillForm();
         int row = 0;
         for (const ParameterCase &write : parametersOf(kind, false)) {
             const bool lenient = universal && row >= 8;
@@ -88,7 +88,7 @@ private slots:
             user.commands.clear();
             user.start("applyButton");
             QVERIFY(user.writeRows(row));
-            QVERIFY(user.tickCommand());
+            QVERIFY(user.tickAndAwaitCommand());
             for (const char *other : {"OK", "??", "no"}) {
                 QVERIFY(!lenient || user.deliver(other));
                 QCOMPARE(user.mark(write.widget), QString());
@@ -116,10 +116,10 @@ private slots:
         const QByteArrayList commands = row.mid(2);
         for (const bool writing : {false, true}) {
             WindowFixture user;
-            user.prepare();
+            user.connectAndFillForm();
             if (writing) {
                 user.start("applyButton");
-                QVERIFY(user.tickCommand());
+                QVERIFY(user.tickAndAwaitCommand());
             }
             const QString before = user.state();
             user.commands.clear();

@@ -102,7 +102,7 @@ WindowFixture::WindowFixture(Kind kind)
     window.show();
 }
 
-void WindowFixture::prepare()
+void WindowFixture::connectAndFillForm()
 {
     module.faults.silent = true;
     click("connect");
@@ -146,17 +146,17 @@ void WindowFixture::markAll()
 
 QStringList WindowFixture::marked(const QString &styleSheet)
 {
-    return fieldsThat([&](const QString &field) {
+    return fieldsWhere([&](const QString &field) {
         return styleSheet.isEmpty() ? !mark(field).isEmpty() : mark(field) == styleSheet;
     });
 }
 
 QStringList WindowFixture::filled()
 {
-    return fieldsThat([this](const QString &field) { return !text(field).isEmpty(); });
+    return fieldsWhere([this](const QString &field) { return !text(field).isEmpty(); });
 }
 
-QStringList WindowFixture::fieldsThat(const std::function<bool(const QString &)> &holds)
+QStringList WindowFixture::fieldsWhere(const std::function<bool(const QString &)> &holds)
 {
     QStringList fields;
     for (const ParameterCase &parameter : parametersOf(Kind::Universal)) {
@@ -171,7 +171,7 @@ void WindowFixture::start(const QString &button)
     click(button);
     QVERIFY(activeTimer());
     QCOMPARE(activeTimer()->interval(), 1000);
-    setTick(anHour);
+    setTick(oneHourMs);
 }
 
 void WindowFixture::tick(int count)
@@ -182,7 +182,7 @@ void WindowFixture::tick(int count)
     }
 }
 
-bool WindowFixture::tickCommand()
+bool WindowFixture::tickAndAwaitCommand()
 {
     const auto before = commands.size();
     tick();
@@ -204,14 +204,14 @@ bool WindowFixture::deliverWithTick(const QByteArray &bytes)
     QThread::msleep(10);
     QCoreApplication::processEvents();
     if (timer->isActive())
-        timer->setInterval(anHour);
+        timer->setInterval(oneHourMs);
     return arrived && waitUntil([this] { return !hasUnread(0); }, limitMs);
 }
 
 bool WindowFixture::writeRows(int count)
 {
     for (int row = 0; row < count; ++row) {
-        if (!tickCommand() || !deliver(acknowledgementOf(module.kind())))
+        if (!tickAndAwaitCommand() || !deliver(acknowledgementOf(module.kind())))
             return false;
         tick();
     }

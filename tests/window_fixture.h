@@ -18,7 +18,7 @@
 
 using Kind = simulator::ModuleKind; ///< as the module has it; the program has its own
 Q_DECLARE_METATYPE(Kind)
-constexpr int anHour = 3600 * 1000; // in ms
+constexpr int oneHourMs = 3600 * 1000; // in ms
 constexpr Kind allKinds[] = {Kind::TcpRtu, Kind::RtuTcp, Kind::Universal};
 QString nameOf(Kind kind);
 void addKindRows(); ///< a row for each module kind with a column "kind"
@@ -80,7 +80,7 @@ public:
     explicit WindowFixture(Kind kind = Kind::Universal);
 
     /// For a silent module: connects, arms the apply button, fills the fields of all kinds.
-    void prepare();
+    void connectAndFillForm();
 
     /// Status, texts of the three buttons, "read" or "write" for each sequence that is running,
     /// and each control that is not enabled as the link wants it.
@@ -93,7 +93,7 @@ public:
 
     void start(const QString &button); ///< a sequence; time passes by tick() only from here on
     void tick(int count = 1);
-    bool tickCommand(); ///< a tick that sends; true when the module has the command
+    bool tickAndAwaitCommand(); ///< a tick that sends; true when the module has the command
     bool deliver(const QByteArray &bytes); ///< to the window; true when it has handled them
     /// The same, while the window's thread is held up until the next tick is due as well.
     bool deliverWithTick(const QByteArray &bytes);
@@ -103,7 +103,7 @@ public:
     QByteArrayList commands; ///< that the module received
 
 private:
-    QStringList fieldsThat(const std::function<bool(const QString &)> &holds);
+    QStringList fieldsWhere(const std::function<bool(const QString &)> &holds);
     /// Whether the window has something to read, or has so within that time.
     bool hasUnread(int waitMs);
 };
