@@ -43,9 +43,9 @@ void save(const QPixmap &picture, const QString &name)
         throw std::runtime_error("cannot write " + path.toStdString());
 }
 
-class Photographer : public UiDriver {
+class ScreenshotTaker : public UiDriver {
 public:
-    explicit Photographer(ModuleKind kind)
+    explicit ScreenshotTaker(ModuleKind kind)
         : module(simulator::Options{static_cast<simulator::ModuleKind>(kind)})
     {
         module.faults.delayMs = 5;
@@ -57,7 +57,7 @@ public:
         ports()->addItem(portName);
         window.show();
         Application::processEvents(); // the list of ports takes its width from this name
-        onBox = [this](QMessageBox *box) { takeBox(box); };
+        onBox = [this](QMessageBox *box) { captureBox(box); };
     }
 
     QComboBox *ports() { return find<QComboBox>("serialPortInfoListBox"); }
@@ -78,10 +78,10 @@ public:
         start("scan_parameters");
         waitFor("end of the read", [this] { return text("scan_parameters") == text::scan; });
     }
-    void take(const QString &name) { save(framed(&window), name); }
+    void capture(const QString &name) { save(framed(&window), name); }
     /// Does what opens a box. The window may be in the picture as well, for the marks of its
     /// fields.
-    void takeBox(const QString &name, const std::function<void()> &act, bool inWindow = false)
+    void captureBox(const QString &name, const std::function<void()> &act, bool inWindow = false)
     {
         boxName = name;
         boxInWindow = inWindow;
@@ -92,7 +92,7 @@ public:
     simulator::SimulatedModule module;
 
 private:
-    void takeBox(QMessageBox *box)
+    void captureBox(QMessageBox *box)
     {
         if (boxName.isEmpty())
             abortWait("unexpected box \"" + boxes.last() + '"');
@@ -112,52 +112,52 @@ private:
     bool boxInWindow = false;
 };
 
-void takeWindow(ModuleKind kind, const QString &name)
+void captureWindow(ModuleKind kind, const QString &name)
 {
-    Photographer user(kind);
+    ScreenshotTaker user(kind);
     user.connect();
     user.read();
-    user.take(name);
+    user.capture(name);
 }
 
-void takeMarks()
+void captureReading()
 {
-    Photographer user(ModuleKind::Universal);
+    ScreenshotTaker user(ModuleKind::Universal);
     user.module.faults.answers["SPEED RS485"] = "14400";
     user.connect();
     user.start("scan_parameters");
     user.waitFor("reply", [&] { return user.mark("lineEdit_timewait") == mark::green; });
-    user.take("reading");
+    user.capture("reading");
 }
 
-void takePlainBoxes()
+void capturePlainBoxes()
 {
-    Photographer user(ModuleKind::Universal);
+    ScreenshotTaker user(ModuleKind::Universal);
     user.module.send("\r\n");
-    user.takeBox("box-empty-delivery", [&] { user.connect(); });
-    user.takeBox("box-factory-reset", [&] { user.click("reset_allparameters"); });
-    user.takeBox("box-port-lost", [&] { user.module.hangUp(); });
-    user.takeBox("box-no-file", [&] { user.trigger("action"); });
+    user.captureBox("box-empty-delivery", [&] { user.connect(); });
+    user.captureBox("box-factory-reset", [&] { user.click("reset_allparameters"); });
+    user.captureBox("box-port-lost", [&] { user.module.hangUp(); });
+    user.captureBox("box-no-file", [&] { user.trigger("action"); });
     user.ports()->clear();
-    user.takeBox("box-access-denied", [&] { user.click("connect"); });
+    user.captureBox("box-access-denied", [&] { user.click("connect"); });
 }
 
-void takeSilence()
+void captureNoConnectionBox()
 {
-    Photographer user(ModuleKind::Universal);
+    ScreenshotTaker user(ModuleKind::Universal);
     user.module.faults.silent = true;
     user.connect();
-    user.takeBox("box-no-connection", [&] { user.start("scan_parameters"); });
+    user.captureBox("box-no-connection", [&] { user.start("scan_parameters"); });
 }
 
-void takeWrite(const QString &tcpPort, const QString &name)
+void captureWriteBox(const QString &tcpPort, const QString &name)
 {
-    Photographer user(ModuleKind::Universal);
+    ScreenshotTaker user(ModuleKind::Universal);
     user.connect();
     user.read();
     user.enter("lineEdit_portTCP", tcpPort);
     const auto write = [&] { user.start("applyButton"); };
-    user.takeBox(name, write, true);
+    user.captureBox(name, write, true);
 }
 
 } // namespace
@@ -173,14 +173,14 @@ int main(int argc, char *argv[])
     try {
         if (argc != 2)
             throw std::runtime_error("takes the folder for the pictures");
-        takeWindow(ModuleKind::TcpRtu, "tcp-rtu");
-        takeWindow(ModuleKind::RtuTcp, "rtu-tcp");
-        takeWindow(ModuleKind::Universal, "universal");
-        takeMarks();
-        takePlainBoxes();
-        takeSilence();
-        takeWrite("10502", "box-write-succeeded");
-        takeWrite("80", "box-write-refused");
+        captureWindow(ModuleKind::TcpRtu, "tcp-rtu");
+        captureWindow(ModuleKind::RtuTcp, "rtu-tcp");
+        captureWindow(ModuleKind::Universal, "universal");
+        captureReading();
+        capturePlainBoxes();
+        captureNoConnectionBox();
+        captureWriteBox("10502", "box-write-succeeded");
+        captureWriteBox("80", "box-write-refused");
     } catch (const std::runtime_error &error) {
         std::fprintf(stderr, "make-screenshots: %s\n", error.what());
         return 1;
