@@ -54,7 +54,7 @@ int main(int argc, char *argv[])
         UiDriver user;
         measure(&user, QCoreApplication::arguments().value(1));
     } catch (const std::runtime_error &error) {
-        std::fprintf(stderr, "bench-answer: %s\n", error.what());
+        std::fprintf(stderr, "bench-click-latency: %s\n", error.what());
         return 1;
     }
     return 0;
