@@ -37,7 +37,7 @@ class TestFiles : public QObject {
     Q_OBJECT
 
     const QByteArray defaults = contentOf(TEST_DATA "defaults.TRset");
-    const QByteArray others = contentOf(TEST_DATA "others.TRset");
+    const QByteArray others = contentOf(TEST_DATA "nondefaults.TRset");
 
     std::unique_ptr<QTemporaryDir> folder; // and the current one, for nothing else may land there
     std::unique_ptr<WindowFixture> user;

@@ -105,7 +105,7 @@ private slots:
         QCOMPARE(lines, row.mid(1));
     }
 
-    void sequencesBeginAndEnd_data() { addRowsOf("ends.txt"); }
+    void sequencesBeginAndEnd_data() { addRowsOf("sequence_ends.txt"); }
     void sequencesBeginAndEnd()
     {
         QFETCH(Kind, kind);
@@ -225,7 +225,7 @@ private:
         else if (step.startsWith("tick"))
             user.tick(step == "tick" ? 1 : 100);
         else if (step.startsWith("action"))
-            user.trigger(step, TEST_DATA "others.TRset");
+            user.trigger(step, TEST_DATA "nondefaults.TRset");
         else if (user.window.findChild<QWidget *>(step))
             user.click(step);
         else
