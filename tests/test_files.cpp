@@ -232,7 +232,7 @@ private slots:
         QCOMPARE(contentOf(site), othersWith("10.0.0.9"));
     }
 
-    void savesInPlaceOfTheFile()
+    void savesThroughSymlinksAndKeepsTheMode()
     {
         put("real.TRset", "");
         QVERIFY(chmod("real.TRset", 0604) == 0);
@@ -246,7 +246,7 @@ private slots:
         QVERIFY(QFileInfo(site).isSymLink() && QFileInfo("link.TRset").isSymLink());
     }
 
-    void buildsNoObjects()
+    void rejectsSerializedObjects()
     {
         for (const QByteArrayList &row : tableOf("serialized_objects.txt")) {
             const QByteArray content =
@@ -260,7 +260,7 @@ private slots:
         }
     }
 
-    void loadsUnderARunningRead()
+    void loadsDuringARead()
     {
         put(site, others);
         user->connectAndFillForm();

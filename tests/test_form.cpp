@@ -127,8 +127,8 @@ private slots:
         QCOMPARE(user.window.styleSheet().toUtf8(), contentOf(TEST_DATA "window.qss"));
     }
 
-    void nothingIsCut_data() { addKindRows(); }
-    void nothingIsCut()
+    void noTextIsTruncated_data() { addKindRows(); }
+    void noTextIsTruncated()
     {
         QFETCH(Kind, kind);
         WindowFixture user(kind);
@@ -147,7 +147,7 @@ private slots:
         }
     }
 
-    void everyTextCanBeRead()
+    void textHasEnoughContrast()
     {
         WindowFixture user;
         for (const char *name :

@@ -65,7 +65,7 @@ private slots:
         }
     }
 
-    void misbehavesAsAsked()
+    void injectsFaults()
     {
         simulator::SimulatedModule module(simulator::Options{Kind::Universal});
         QVERIFY(module.start());
@@ -105,7 +105,7 @@ private slots:
                  (QByteArrayList{"?", good.trimmed()}));
     }
 
-    void takesTheNextProgramAfterOneWasKilled()
+    void clearsExclusiveModeOfAKilledClient()
     {
         simulator::SimulatedModule module(simulator::Options{});
         QVERIFY(module.start());
@@ -118,7 +118,7 @@ private slots:
         QTRY_VERIFY(ioctl(module.slaveFd(), TIOCGEXCL, &exclusive) == 0 && exclusive == 0);
     }
 
-    void commandSaysWhatIsWrong()
+    void reportsInvalidOptions()
     {
         for (const QByteArrayList &row : tableOf("options.txt")) {
             QStringList options;
@@ -135,7 +135,7 @@ private slots:
         }
     }
 
-    void commandCleansUp()
+    void removesTheLinkOnTermination()
     {
         const QTemporaryDir folder;
         const QString link = folder.filePath("port");

@@ -179,7 +179,7 @@ private slots:
         }
     }
 
-    void windowOutlivesAFlood()
+    void staysResponsiveDuringAFlood()
     {
         if (QByteArray(MODULE_SIMULATOR).isEmpty())
             QSKIP("an emulated program cannot start another one");

@@ -54,7 +54,7 @@ private slots:
         QCOMPARE(readList(ModuleKind::RtuTcp).mid(0, server.size()), server);
     }
 
-    void anAnswerIsEnoughUnlessAnEmptyOneFollows()
+    void connectionTestUsesTheLastReply()
     {
         WindowFixture user;
         user.connectAndFillForm();
@@ -70,8 +70,8 @@ private slots:
         QCOMPARE(user.boxes.last(), box::noConnection.arg(nameOf(Kind::Universal)));
     }
 
-    void takesRepliesApart_data() { addRowsOf("replies.txt"); }
-    void takesRepliesApart()
+    void parsesReplies_data() { addRowsOf("replies.txt"); }
+    void parsesReplies()
     {
         QFETCH(Kind, kind);
         QFETCH(QByteArrayList, row);
@@ -105,7 +105,7 @@ private slots:
         QCOMPARE(user.marked(), before);
     }
 
-    void goesOnBehindTheBoxesOfEmptyDeliveries()
+    void keepsReadingBehindEmptyDeliveryBoxes()
     {
         constexpr int maxBoxes = 10;
         WindowFixture user;

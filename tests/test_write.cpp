@@ -6,8 +6,8 @@ class TestWrite : public QObject {
     Q_OBJECT
 
 private slots:
-    void writesEveryRow_data() { addRowsOf("acknowledgements.txt"); }
-    void writesEveryRow()
+    void writesEveryParameter_data() { addRowsOf("acknowledgements.txt"); }
+    void writesEveryParameter()
     {
         QFETCH(Kind, kind);
         QFETCH(QByteArrayList, row);
@@ -72,8 +72,8 @@ private slots:
         }
     }
 
-    void judgesEveryReply_data() { addKindRows(); }
-    void judgesEveryReply()
+    void classifiesWriteReplies_data() { addKindRows(); }
+    void classifiesWriteReplies()
     {
         QFETCH(Kind, kind);
         const bool universal = kind == Kind::Universal;
