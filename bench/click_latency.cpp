@@ -1,5 +1,5 @@
-// How long the window takes to answer a click while a read is going on, which is when a module may
-// flood it. Prints the median and the longest, in µs.
+// Measures the latency of clicks during a read, when a module may flood the window. Prints the
+// median and the maximum in µs.
 
 #include "application.h"
 #include "ui_driver.h"

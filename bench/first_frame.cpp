@@ -1,8 +1,7 @@
-// Linked into a program, prints how many milliseconds after its start the first frame of its window
-// was painted.
+// Linked into a program, prints the time from its start to the first frame of its window, in ms.
 //
-// The first argument is the time just before the start, in seconds since the epoch; that is the
-// only precise clock that a shell can read without starting a program for it. The program ends with
+// The first argument is the time just before the start, in seconds since the epoch, because that is
+// the only precise clock that a shell can read without starting a program. The program exits after
 // its first frame, unless the second argument is "stay".
 
 #include <QCoreApplication>
@@ -22,7 +21,7 @@ void report()
     const QStringList given = QCoreApplication::arguments();
     std::printf("%.3f\n", now.count() - given.value(1).toDouble() * 1000);
     std::fflush(stdout);
-    // Taking the window down would count as instructions of its start.
+    // Exit at once, because destroying the window would be measured as well.
     if (given.value(2) != "stay")
         std::_Exit(0);
 }
@@ -35,7 +34,7 @@ public:
     {
         if (event->type() == QEvent::Paint && receiver->isWidgetType()
             && static_cast<QWidget *>(receiver)->isWindow()) {
-            // The frame goes to the display at the end of the event that had it painted.
+            // The frame reaches the display at the end of the event that painted it.
             QCoreApplication::postEvent(this, new QEvent(QEvent::User), Qt::HighEventPriority);
             qApp->removeEventFilter(this);
         }
@@ -44,7 +43,7 @@ public:
     void customEvent(QEvent * /*event*/) override { report(); }
 };
 
-/// The programs' own main() knows nothing of this.
+/// Runs when a QCoreApplication is created, so that main() need not be changed.
 void watchForFirstFrame()
 {
     qApp->installEventFilter(new FirstFrameWatch(qApp));

@@ -1,4 +1,4 @@
-// The baselines: an empty window, prepared as the program's own is or left with Qt's defaults.
+// The baselines: an empty window with the program's Application, or with Qt's defaults.
 
 #include "application.h"
 

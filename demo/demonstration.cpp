@@ -1,5 +1,5 @@
-// A user who reads a simulated module, writes new values into it and reads it again, saves the new
-// values to a file and loads them from there, and in the end says how all this went.
+// The scripted demo: reads a simulated module, writes new values and reads them again, saves them
+// to a file and loads the file, and prints the results.
 
 #include "application.h"
 #include "simulator_options.h"
@@ -24,11 +24,11 @@ namespace {
 
 struct Field {
     const char *name;
-    QString written;    ///< other than what a module has at first; empty if it is display only
-    QString after = {}; ///< what is read then, if not that
+    QString written;    ///< differs from the factory setting; empty if the field is display-only
+    QString after = {}; ///< the value that is read afterwards, if it differs from written
 };
 
-/// In the order in which the module is asked.
+/// In the order in which they are read.
 const Field allFields[] = {
     {"comboBox_mode", "Клиент TCP"},
     {"lineEdit_version", {}},
@@ -40,7 +40,7 @@ const Field allFields[] = {
     {"comboBox", "контроль четности"},
     {"comboBox_speed", "57600"},
     {"comboBox_2", "2"},
-    {"lineEdit_timewait", "60000", "6000"}, // four digits are taken
+    {"lineEdit_timewait", "60000", "6000"}, // four digits are read
     {"lineEdit_ipservertcp", "10.20.30.50"},
     {"lineEdit_timeout", "60"},
     {"lineEdit_rtu_virtual_id", "247"},
@@ -51,7 +51,7 @@ using Values = QMap<QString, QString>; ///< by field
 
 void print(const QString &line)
 {
-    // The texts of the form are no less readable in a locale that has no Cyrillic letters.
+    // UTF-8 in every locale, because the texts of the form are Cyrillic.
     std::fputs((line + '\n').toUtf8().constData(), stdout);
     std::fflush(stdout);
 }
@@ -69,7 +69,7 @@ class Demonstrator : public UiDriver {
 public:
     Demonstrator(const simulator::Options &options, QString modulePort, int tick);
 
-    /// Whether all went right. Throws what went so wrong that nothing can follow.
+    /// Returns whether everything was right. Throws if it cannot continue.
     bool demonstrate(const QDir &pictureFolder);
 
 private:
@@ -84,7 +84,7 @@ private:
 
     const QString port;
     const int tickMs;
-    QVector<Field> fields; ///< that this kind of module has
+    QVector<Field> fields; ///< of this module kind
     QDir pictures;
     QTemporaryDir folder;
     QString expectedBox;
@@ -181,7 +181,7 @@ void Demonstrator::connect()
     waitFor("connection", [this] { return text("connect") == text::disconnectPort; });
 }
 
-/// Has a sequence run to its end. The last mark, by which a field was green or red meanwhile.
+/// Runs a sequence to its end. Returns the last green or red mark of each field.
 Values Demonstrator::run(const QString &button, const QString &labelInTheEnd,
                          const QString &picture)
 {
@@ -230,7 +230,7 @@ bool Demonstrator::reportValues(const Values &before, const Values &marks, const
         const bool right = read && after[field.name] == expected;
         QString finding = right ? "ok" : read ? "difference" : "not read";
         if (right && expected != written)
-            finding = "ok: all that is taken of a reply";
+            finding = "ok: only four digits are read";
         printRow({labelOf(find<QWidget>(field.name)).simplified(), before[field.name],
                   read ? "green" : "", field.written, after[field.name], finding});
         allRight = allRight && right;
@@ -250,12 +250,12 @@ bool Demonstrator::reportFile(const Values &saved, const Values &loaded)
     return saved == loaded;
 }
 
-/// The exit code.
+/// Returns the exit code.
 int demonstrate(const simulator::Options &options, const QDir &pictures, int tickMs,
                 int terminationFd)
 {
     simulator::SimulatedModule module(options);
-    module.setValue("tcp slave id", "17"); // to have something to write over
+    module.setValue("tcp slave id", "17"); // to be overwritten
     try {
         if (!module.start())
             throw std::runtime_error(module.errorString().toStdString());
@@ -274,17 +274,16 @@ int demonstrate(const simulator::Options &options, const QDir &pictures, int tic
 
 int main(int argc, char *argv[])
 {
-    // Before the application starts threads, which would die of the signals.
+    // Before the application starts threads.
     const int terminationFd = simulator::openTerminationFd();
 
     Application application(argc, argv);
     QCommandLineParser parser;
-    parser.setApplicationDescription("Plays a user at the configurator, with a simulated module: "
-                                     "reads, writes, saves and loads;\n"
-                                     "reports, and exits with 0 if all was right.");
+    parser.setApplicationDescription("Runs a scripted demo of the configurator with a simulated "
+                                     "module: read, write, save, load.\n"
+                                     "Prints the results and exits with 0 if all was right.");
     parser.addOptions({
-        {"screenshots", "Folder for the pictures taken on the way (the current one).", "folder",
-         "."},
+        {"screenshots", "Folder for screenshots (the current one).", "folder", "."},
         {"tick", "Time from one step of a sequence to the next (1000 ms).", "ms", "1000"},
     });
     const simulator::Options options = simulator::processOptions(parser);
@@ -292,7 +291,7 @@ int main(int argc, char *argv[])
     const int tickMs = parser.value("tick").toInt();
     if (tickMs < 1 || !pictures.mkpath("."))
         return simulator::reportStartupError("no such tick or folder", 2);
-    // The traces of the window would drown the report.
+    // Keep the debug output of the window out of the report.
     QLoggingCategory::setFilterRules("default.debug=false");
     return demonstrate(options, pictures, tickMs, terminationFd);
 }

@@ -1,4 +1,4 @@
-// Takes the pictures of the guide: a user with a camera, at a simulated module.
+// Takes the screenshots of the guide, with a simulated module.
 
 #include "application.h"
 #include "simulated_module.h"
@@ -16,15 +16,15 @@
 
 namespace {
 
-constexpr int tickMs = 150;            // nobody has to follow what happens
-constexpr char portName[] = "ttyUSB0"; ///< shown for the simulated module's path
+constexpr int tickMs = 150;            // short, because nobody watches
+constexpr char portName[] = "ttyUSB0"; ///< shown instead of the simulated module's path
 
-/// A window as a desktop shows it; without one it has neither title nor border.
+/// A screenshot with title and border, which a window has only on a desktop.
 QPixmap framed(QWidget *window)
 {
     constexpr int titleHeight = 28;
     if (QWidget *focus = window->focusWidget())
-        focus->clearFocus(); // its cursor is seen at some times only
+        focus->clearFocus(); // its cursor blinks
     const QPixmap content = window->grab();
     QPixmap picture(content.width() + 2, content.height() + titleHeight + 1);
     picture.fill("#8f8f8f");
@@ -49,14 +49,14 @@ public:
         : module(simulator::Options{static_cast<simulator::ModuleKind>(kind)})
     {
         module.faults.delayMs = 5;
-        module.restartMs = 60000; // off the line for as long as it is looked at
+        module.restartMs = 60000; // long enough to stay disconnected
         if (!module.start())
             throw std::runtime_error(module.errorString().toStdString());
         find<QComboBox>("conbox0")->setCurrentIndex(static_cast<int>(kind));
         ports()->clear();
         ports()->addItem(portName);
         window.show();
-        Application::processEvents(); // the list of ports takes its width from this name
+        Application::processEvents(); // the port list adapts its width to this name
         onBox = [this](QMessageBox *box) { captureBox(box); };
     }
 
@@ -79,8 +79,8 @@ public:
         waitFor("end of the read", [this] { return text("scan_parameters") == text::scan; });
     }
     void capture(const QString &name) { save(framed(&window), name); }
-    /// Does what opens a box. The window may be in the picture as well, for the marks of its
-    /// fields.
+    /// Runs the function that opens a box and captures the box, with the window behind it if its
+    /// marks matter.
     void captureBox(const QString &name, const std::function<void()> &act, bool inWindow = false)
     {
         boxName = name;
@@ -98,7 +98,7 @@ private:
             abortWait("unexpected box \"" + boxes.last() + '"');
         QPixmap picture = framed(box);
         if (boxInWindow) {
-            // Over the buttons, so that the marks of the fields stay in sight.
+            // Over the buttons, so that the marks stay visible.
             const QPixmap boxPicture = picture;
             picture = framed(&window);
             QPainter(&picture).drawPixmap(picture.width() - boxPicture.width() - 20,
@@ -108,7 +108,7 @@ private:
         boxName.clear();
     }
 
-    QString boxName; ///< of the picture of the next box; no box may open while it is empty
+    QString boxName; ///< file name for the next box; while it is empty, no box may open
     bool boxInWindow = false;
 };
 
@@ -165,10 +165,10 @@ void captureWriteBox(const QString &tcpPort, const QString &name)
 int main(int argc, char *argv[])
 {
     Application application(argc, argv);
-    // The same pictures on every computer.
+    // The same screenshots on every computer.
     Application::setStyle("Fusion");
     Application::setFont(QFont("Liberation Sans", 10));
-    // The traces of the window are of no use here.
+    // The debug output of the window is not needed.
     QLoggingCategory::setFilterRules("default.debug=false");
     try {
         if (argc != 2)

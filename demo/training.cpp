@@ -1,4 +1,4 @@
-// The configurator with a simulated module at the last port of its list, to try it out with.
+// The training copy: the configurator with a simulated module as the last port of its list.
 
 #include "application.h"
 #include "mainwindow.h"
@@ -10,7 +10,7 @@
 #include <QCommandLineParser>
 #include <QSocketNotifier>
 
-/// Those that Qt takes of every program with a window, on X11 too; Qt reads them itself.
+/// Accepts the options of all Qt programs, which QApplication reads itself.
 static void addOptionsOfQt(QCommandLineParser *parser)
 {
     QList<QCommandLineOption> options{QCommandLineOption("reverse"), QCommandLineOption("nograb"),
@@ -26,19 +26,19 @@ static void addOptionsOfQt(QCommandLineParser *parser)
     parser->setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
 }
 
-/// Help has to come without a display too, where a window's application would abort.
+/// Uses no QApplication, which aborts without a display: --help must work there too.
 static simulator::Options readOptions(int argc, char *argv[])
 {
     const QCoreApplication application(argc, argv);
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        "Shows the configurator with a simulated module at the last port of its list.\n"
-        "Qt's own options are taken too, such as -platform and -style.");
+        "Shows the configurator with a simulated module as the last port of its list.\n"
+        "Accepts Qt's own options too, such as -platform and -style.");
     addOptionsOfQt(&parser);
     return simulator::processOptions(parser);
 }
 
-/// Puts a port on the window's list, now and whenever that is filled anew, and selects it.
+/// Adds a port to the window's list and selects it, now and after each refresh.
 static void offerPort(MainWindow *window, const QString &port)
 {
     auto *ports = window->findChild<QComboBox *>("serialPortInfoListBox");
@@ -47,7 +47,7 @@ static void offerPort(MainWindow *window, const QString &port)
         ports->setCurrentIndex(ports->count() - 1);
     };
     offer();
-    // The window's own slot has refilled the list by then.
+    // Called after the window's own slot, which refills the list.
     QObject::connect(window->findChild<QAbstractButton *>("scanport"), &QAbstractButton::clicked,
                      window, offer);
 }
@@ -55,7 +55,7 @@ static void offerPort(MainWindow *window, const QString &port)
 int main(int argc, char *argv[])
 {
     const simulator::Options options = readOptions(argc, argv);
-    // Before the application starts threads, which would die of the signals.
+    // Before the application starts threads.
     const int terminationFd = simulator::openTerminationFd();
 
     Application application(argc, argv);

@@ -18,12 +18,12 @@ static double firstScreenFactor()
 /// Sets what QApplication's constructor reads. Returns argc, so that it can be called before that.
 static int &prepare(int &argc)
 {
-    // A debug output that nobody reads any more is no reason to end in the middle of a write.
+    // Ignore SIGPIPE, so that a closed stderr does not end the program.
     std::signal(SIGPIPE, SIG_IGN);
-    // Nothing here needs OpenGL; without this the X11 plugin loads it with all its libraries.
+    // Nothing here needs OpenGL. Without this, the X11 plugin loads it with all its libraries.
     QCoreApplication::setAttribute(Qt::AA_ForceRasterWidgets);
-    // Text must not outgrow the window, whose size is fixed in pixels: either both are scaled, by
-    // whatever factor, or neither. Qt 6 does the former unasked.
+    // The window's size is fixed in pixels, so either the window and its text are scaled, or
+    // neither. Qt 6 scales both by default.
 #if QT_VERSION < QT_VERSION_CHECK(5, 14, 0)
     if (!qEnvironmentVariableIsSet("QT_FONT_DPI"))
         qputenv("QT_FONT_DPI", QByteArray::number(qRound(96 * firstScreenFactor())));
@@ -39,11 +39,11 @@ Application::Application(int &argc, char **argv)
     : QApplication(prepare(argc), argv)
 {
     QPalette palette(QColor("#eeeeee"), QColor("#f5f5f5"));
-    // Lighter than editable text, with a contrast of at least 4.5 on every mark but the red one,
-    // which disabled fields rarely have: only what looks black reaches that there.
+    // Lighter than editable text. Its contrast is at least 4.5 on every mark but the red one, on
+    // which only black reaches that and which disabled fields rarely have.
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
         palette.setColor(QPalette::Disabled, role, "#555555");
-    // The style sheet marks what is selected in a field with a light colour as well.
+    // The style sheet highlights selected text in a light colour as well.
     palette.setColor(QPalette::Highlight, "#9cc9f0");
     palette.setColor(QPalette::HighlightedText, Qt::black);
     setPalette(palette);

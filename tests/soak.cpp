@@ -1,5 +1,5 @@
-// A seeded monkey: uses the window and its menu at random while the module misbehaves at random,
-// and after each action looks whether what the window shows is what it does.
+// A seeded random UI test: uses the window and its menu at random while the module misbehaves at
+// random. After each action the UI must match the window's actual state.
 
 #include "window_fixture.h"
 
@@ -15,7 +15,7 @@
 
 #include <cstdlib>
 
-/// What it does, each as often as it stands here, in one way or another.
+/// The actions; one that is listed more often is chosen more often.
 static const QString actions =
     "connect connect connect scan_parameters scan_parameters applyButton applyButton Reset "
     "reset_allparameters checkBox scanport action action_open_2 action_save kind kind ticks ticks "
@@ -43,7 +43,7 @@ private:
         return choices.at(static_cast<int>(number % static_cast<quint32>(choices.size())));
     }
 
-    /// The choice follows from the seed alone; what makes no sense just then is left undone.
+    /// The choice depends on the seed alone. An action that is impossible at the moment is skipped.
     void act()
     {
         const bool over = done.size() == count;
@@ -54,7 +54,7 @@ private:
         }
         const QString action = over ? "close" : oneOf(actions.split(' '), random.generate());
         const quint32 number = random.generate();
-        // First, for a click may open a box and return long after.
+        // First, because a click may open a box and return much later.
         QTimer::singleShot(1 + static_cast<int>(number % 12), this, &Monkey::act);
         if (!over)
             done.append(action);
@@ -62,7 +62,7 @@ private:
             close(dialog, number);
         else if (!useLine(action, number) && !dialog)
             useWindow(action, number);
-        // A box stands in the middle of a change; what is around it need not agree yet.
+        // While a box is open, a change may be incomplete.
         if (QThread::currentThread()->loopLevel() == 1)
             check();
     }
@@ -104,7 +104,7 @@ private:
             misbehave(number);
         else
             return false;
-        if (action == "stall") // until the next tick is due as well
+        if (action == "stall") // blocks until the next tick is due as well
             QThread::msleep(40);
         return true;
     }
@@ -132,7 +132,7 @@ private:
         }
         QFile file(folder.filePath(number % 2 == 0 ? "a.TRset" : "b.TRset"));
         if (fileDialog->acceptMode() == QFileDialog::AcceptSave)
-            file.remove(); // or the dialog would ask
+            file.remove(); // the dialog would ask whether to overwrite it
         else if (!file.exists() && file.open(QIODevice::WriteOnly))
             file.write("[MODUL]\nName=\"Modbus universal \"\n\n\xff=");
         UiDriver::answer(fileDialog, number % 3 == 0 ? "" : file.fileName());
@@ -162,7 +162,7 @@ private:
 
         const bool saysReading = user.text("scan_parameters") == "Стоп сканирования";
         const bool saysWriting = user.text("applyButton") == "Остановить запись";
-        // Losing the port leaves the labels of what it ended.
+        // A lost port leaves the button texts of the sequence that it ended.
         labelsMayStay =
             (labelsMayStay || !user.boxes.isEmpty() || !linked) && (saysReading || saysWriting);
         user.boxes.clear();
@@ -177,12 +177,12 @@ private:
                 qPrintable(nameOf(user.module.kind())), qPrintable(what),
                 qPrintable(done.mid(done.size() - 40).join("\n  ")), seed,
                 static_cast<int>(done.size()));
-        std::_Exit(1); // boxes may be open, each in an event loop of its own
+        std::_Exit(1); // boxes may be open, each with its own event loop
     }
 
     const quint32 seed;
     QRandomGenerator random;
-    const int count; ///< of actions
+    const int count; ///< number of actions
     bool labelsMayStay = false;
     QTemporaryDir folder;
     WindowFixture user;

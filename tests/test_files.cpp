@@ -21,8 +21,8 @@ static void put(const QString &path, const QByteArray &content)
         qFatal("cannot write %s", qPrintable(path));
 }
 
-/// Lets nobody write in the folder, or its owner again. As modes do not keep root from writing,
-/// root becomes another user for that time.
+/// Makes the folder read-only, or writable again. Modes do not restrict root, so root becomes
+/// another user meanwhile.
 static void protect(const QByteArray &folder, bool on)
 {
     constexpr uid_t nobody = 65534;
@@ -39,9 +39,9 @@ class TestFiles : public QObject {
     const QByteArray defaults = contentOf(TEST_DATA "defaults.TRset");
     const QByteArray others = contentOf(TEST_DATA "nondefaults.TRset");
 
-    std::unique_ptr<QTemporaryDir> folder; // and the current one, for nothing else may land there
+    std::unique_ptr<QTemporaryDir> folder; // also the current folder, so that stray files show
     std::unique_ptr<WindowFixture> user;
-    QString site; // a path in the folder
+    QString site; // a file in the folder
 
     static QStringList files()
     {
@@ -49,7 +49,7 @@ class TestFiles : public QObject {
                                 | QDir::NoDotAndDotDot);
     }
 
-    /// The kind and the fields that are not empty, as in files.txt.
+    /// The kind and the fields that are not empty, in the format of files.txt.
     QString form()
     {
         QStringList values{user->text("conbox0")};
@@ -72,7 +72,7 @@ private slots:
 
     void savesTheForm()
     {
-        for (int i = 0; i < 2; ++i) { // the second time over the first
+        for (int i = 0; i < 2; ++i) { // first a new file, then over it
             user->trigger("action_save", site);
             QCOMPARE(contentOf(site), defaults);
         }
@@ -81,9 +81,9 @@ private slots:
         QCOMPARE(files(), QStringList{"site.TRset"});
 
         const QByteArray room = "\n[Site]\nRoom=\",=@Variant(5)\", @ByteArray(5)\n";
-        put(site, "[General]\nMASK=1\nOwner=@Valerie\n" + room); // with keys of others
+        put(site, "[General]\nMASK=1\nOwner=@Valerie\n" + room); // with foreign keys
         user->click("checkBox");
-        user->enter("lineEdit_tcp_id", "17"); // which is off all the same
+        user->enter("lineEdit_tcp_id", "17"); // "off" takes precedence
         user->trigger("action_save", site);
         QCOMPARE(contentOf(site),
                  QByteArray(defaults).replace("PARITY=1", "Owner=@@Valerie\nPARITY=1") + room);
@@ -123,7 +123,7 @@ private slots:
         QCOMPARE(user->mark("lineEdit_MAC"), lilacFromFile);
         QCOMPARE(user->marked(lilac), QStringList{"lineEdit_version"});
         QCOMPARE(user->marked(green).size(), 12);
-        const QString address = user->text("lineEdit_ip"); // which can be saved and loaded
+        const QString address = user->text("lineEdit_ip"); // whatever it is, it survives a save
         user->trigger("action_save", site);
         user->trigger("action_open_2", site);
         QCOMPARE(user->text("lineEdit_ip"), address.isEmpty() ? "192.168.0.1" : address);
@@ -132,12 +132,13 @@ private slots:
 
     void remembersTheChosenFile()
     {
-        user->trigger("action"); // none yet
+        user->trigger("action"); // no file chosen yet
         QCOMPARE(user->boxes, QStringList{box::noFile});
         put(site, others);
         user->trigger("action_open_2", site);
         QCOMPARE(user->text("action"), "Текущий файл (" + site + ")");
-        user->trigger("action_save", folder->filePath("copy.TRset")); // does not count as chosen
+        user->trigger("action_save",
+                      folder->filePath("copy.TRset")); // does not change the current file
         QCOMPARE(contentOf("copy.TRset"), others);
 
         put(site, QByteArray(others).replace("10.0.0.7", "10.0.0.8"));
@@ -148,7 +149,7 @@ private slots:
         QCOMPARE(form(), QString("Modbus universal "));
 
         user->enter("lineEdit_ip", "1.2.3.4");
-        user->trigger("action_open_2"); // cancelled: the file is forgotten
+        user->trigger("action_open_2"); // cancelled: the current file is reset
         QCOMPARE(user->text("action"), QString("Текущий файл ()"));
         user->trigger("action");
         user->trigger("action_save"); // cancelled
@@ -167,7 +168,7 @@ private slots:
             auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
             auto *list = dialog->findChild<QListView *>("listView");
             dialog->setDirectory(QDir::current());
-            const auto isListed = [&] { // after a while: the files are looked up in a thread
+            const auto isListed = [&] { // later, because a thread lists the files
                 QStringList names;
                 for (int row = 0; row < list->model()->rowCount(list->rootIndex()); ++row)
                     names += list->model()->index(row, 0, list->rootIndex()).data().toString();
@@ -213,7 +214,7 @@ private slots:
         user->enter("lineEdit_ip", "1.2.3.4");
         protect(folder->path().toUtf8(), true);
         user->trigger("action_save", site);
-        qputenv("TMPDIR", folder->path().toUtf8()); // no room for the copy that a load works with
+        qputenv("TMPDIR", folder->path().toUtf8()); // the copy cannot be written
         setting_module store;
         store.LoadNTSetting(site);
         qunsetenv("TMPDIR");
@@ -267,7 +268,7 @@ private slots:
         user->start("scan_parameters");
         QVERIFY(user->tickAndAwaitCommand());
         user->trigger("action_open_2", site);
-        user->tick(); // sends nothing for this kind any more, until the user stops it
+        user->tick(); // sends nothing, because the kind has changed
         user->click("scan_parameters");
         user->start("scan_parameters");
         QVERIFY(user->tickAndAwaitCommand());
@@ -276,7 +277,7 @@ private slots:
 
     void storeAsksForItsFile()
     {
-        user->trigger("action_save", site); // and the same for the dialogs that follow
+        user->trigger("action_save", site); // also the answer to the dialogs below
         setting_module store;
         store.moduleName = "Modbus universal ";
         QVERIFY(QMetaObject::invokeMethod(&store, "SaveNTSetting"));

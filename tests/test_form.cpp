@@ -1,4 +1,4 @@
-// The window before anything is connected: what a person sees of it, for each kind of module.
+// The window before it is connected, as a person sees it, for each module kind.
 
 #include "texts.h"
 #include "window_fixture.h"
@@ -13,7 +13,7 @@
 
 #include <cmath>
 
-/// One thing on the form; a star behind it says that it is disabled.
+/// One widget of the form; a star marks it as disabled.
 static QString describe(QWidget *widget)
 {
     QString text = widget->property("text").toString();
@@ -30,7 +30,7 @@ static QString describe(QWidget *widget)
     return widget->isEnabled() ? text : text + '*';
 }
 
-/// What is seen in a group, line by line from the left to the right, without the groups inside it.
+/// The visible widgets of a group, line by line from left to right, without nested groups.
 static QStringList describeGroup(const QGroupBox *group)
 {
     QMap<int, QMap<int, QString>> cells;
@@ -44,16 +44,16 @@ static QStringList describeGroup(const QGroupBox *group)
         line->insert(middle.x(), describe(child));
     }
     QStringList lines{"-- " + group->title()};
-    for (const auto &line : cells) // the label's own name of a field needs no mention
+    for (const auto &line : cells) // a field's label is listed already
         lines.append(QStringList(line.values()).join("  ").remove(line.first() + ": "));
     return lines;
 }
 
-/// As web pages are to be judged: of what most of it has, without frame and cursor, to what stands
-/// out most from that.
+/// WCAG contrast ratio between the most frequent shade and the one farthest from it. Frame and
+/// cursor are cropped.
 static double contrast(QWidget *widget)
 {
-    QTest::qWait(1); // for the style
+    QTest::qWait(1); // applies the style
     const QImage picture = widget->grab(widget->rect().adjusted(12, 3, -12, -3)).toImage();
     const auto part = [](int value) { return std::pow((value / 255.0 + 0.055) / 1.055, 2.4); };
     QMap<double, int> shades;
@@ -67,7 +67,7 @@ static double contrast(QWidget *widget)
     return std::max(shades.lastKey() / most, most / shades.firstKey());
 }
 
-/// For its text and the cursor, or whatever else it shows.
+/// The size that the text and the cursor, or the other content, need.
 static QSize sizeNeededBy(const QWidget *widget)
 {
     auto *edit = qobject_cast<const QLineEdit *>(widget);
@@ -89,9 +89,9 @@ private slots:
         UiDriver user;
         user.window.show();
         auto *kinds = user.find<QComboBox>("conbox0");
-        user.find<QComboBox>("serialPortInfoListBox")->clear(); // other ones on each computer
+        user.find<QComboBox>("serialPortInfoListBox")->clear(); // depends on the computer
         const auto see = [&] {
-            QTest::qWait(1); // for the layout
+            QTest::qWait(1); // applies the layout
             const QSize size = user.window.size();
             QStringList seen(QString("== %1 x %2").arg(size.width()).arg(size.height()));
             for (const char *group : {"groupBox", "groupBox_2", "groupBox_client"}) {
@@ -107,7 +107,7 @@ private slots:
             const QStringList view = see();
             if (!views.contains(kind))
                 views[kind] = view;
-            QCOMPARE(view, views[kind]); // whichever was shown before
+            QCOMPARE(view, views[kind]); // independent of the previous view
         }
 
         QStringList menu;
@@ -134,7 +134,7 @@ private slots:
         WindowFixture user(kind);
         if (user.window.logicalDpiX() != 96)
             QSKIP("without a display, this Qt has letters of another size");
-        user.find<QComboBox>("serialPortInfoListBox")->clear(); // or paths of ptys would show
+        user.find<QComboBox>("serialPortInfoListBox")->clear(); // paths of ptys vary
         for (const QByteArrayList &row : tableOf("widest.txt"))
             user.find<QWidget>(row[0])->setProperty("text", QString(row[1]));
         QTest::qWait(1); // for the layout

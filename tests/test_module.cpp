@@ -1,4 +1,4 @@
-// The simulated module by itself: what it makes of commands, and the command that starts it.
+// The simulated module by itself, and the command module-simulator.
 
 #include "window_fixture.h"
 
@@ -13,13 +13,13 @@
 class TestModule : public QObject {
     Q_OBJECT
 
-    /// What a module says to the commands, one by one, without line ends.
+    /// The replies of a module to these commands, without line ends.
     static QByteArrayList talk(simulator::SimulatedModule *module, const QByteArrayList &commands)
     {
         QByteArrayList replies;
         QSerialPort port(module->portPath());
         port.open(QIODevice::ReadWrite);
-        bool isOff = false; // perhaps for so short a time that nobody sees it
+        bool isOff = false; // possibly too briefly to be polled
         connect(module, &simulator::SimulatedModule::disconnected, &port, [&] { isOff = true; });
         const auto answered = [&] { return port.bytesAvailable() > 0 || isOff; };
         for (const QByteArray &command : commands) {
@@ -56,7 +56,7 @@ private slots:
                 talk(&module, {"ip", "CHANGE IP:1.2.3.4", "ip", "CHANGE IP:1.2.3", "Ip", "RESET"}),
                 (QByteArrayList{"ip 192.168.0.1", yes, "ip 1.2.3.4", no, no, ""}));
             QTRY_VERIFY(QFile::exists(module.portPath()));
-            // The values outlive a restart, but no return to the factory's.
+            // Values survive a restart, but not a factory reset.
             QCOMPARE(talk(&module, {"ip", "LOAD SETTING:DEFAULT"}),
                      (QByteArrayList{"ip 1.2.3.4", universal ? "" : no}));
             QTRY_VERIFY(QFile::exists(module.portPath()));
@@ -76,7 +76,7 @@ private slots:
             connect(&port, &QSerialPort::readyRead, &port, [&] { replies.append(port.readAll()); });
             port.write("PORT TCP");
             if (QTest::qWaitFor([&] { return replies.size() >= count; }))
-                QTest::qWait(50); // for what must not come
+                QTest::qWait(50); // nothing else may arrive
             return replies;
         };
         using Faults = simulator::Faults;
@@ -114,7 +114,7 @@ private slots:
         QVERIFY(ioctl(killed, TIOCEXCL) == 0);
         if (ioctl(killed, TIOCGEXCL, &exclusive) != 0)
             QSKIP("the emulator does not know TIOCGEXCL");
-        QVERIFY(exclusive != 0 && close(killed) == 0); // and leaves it exclusive
+        QVERIFY(exclusive != 0 && close(killed) == 0); // leaves exclusive access behind
         QTRY_VERIFY(ioctl(module.slaveFd(), TIOCGEXCL, &exclusive) == 0 && exclusive == 0);
     }
 
@@ -139,7 +139,7 @@ private slots:
     {
         const QTemporaryDir folder;
         const QString link = folder.filePath("port");
-        QVERIFY(QFile::link("/dev/pts/nowhere", link)); // left by one that was killed
+        QVERIFY(QFile::link("/dev/pts/nowhere", link)); // left by a simulator that was killed
         for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
             QProcess simulator;
             if (!begin(&simulator, {"--link", link}))

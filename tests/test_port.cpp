@@ -1,4 +1,4 @@
-// The port: opening, closing, losing it and flooding it, and what begins and ends a sequence.
+// Opening, closing, losing and flooding the port; how sequences begin and end.
 
 #include "window_fixture.h"
 
@@ -15,10 +15,10 @@
 #include <termios.h>
 #include <unistd.h>
 
-/// Without what is freed and kept for later. Under sanitizers nothing is counted here.
+/// Without memory that is freed but cached. Always 0 under sanitizers.
 static qint64 bytesInUse()
 {
-#pragma GCC diagnostic push // what takes its place is younger than our oldest C library
+#pragma GCC diagnostic push // mallinfo2() is newer than our oldest C library
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
     const struct mallinfo info = mallinfo();
 #pragma GCC diagnostic pop
@@ -45,7 +45,7 @@ private slots:
         WindowFixture user(Kind::TcpRtu);
         QSerialPort other(user.module.portPath());
         QVERIFY(other.open(QIODevice::ReadWrite));
-        // A line that is hung up fails with the error code of a lost port.
+        // Opening a hung-up line fails with the error code of a lost port.
         const int master = posix_openpt(O_RDWR | O_NOCTTY);
         QVERIFY(grantpt(master) == 0 && unlockpt(master) == 0);
         const int line = open(ptsname(master), O_RDWR | O_NOCTTY);
@@ -58,7 +58,7 @@ private slots:
             user.choosePort(port);
             user.click("connect");
             QCOMPARE(user.boxes, QStringList{box::portDenied});
-            QCOMPARE(user.window.size(), QSize(750, 450)); // as of the kind
+            QCOMPARE(user.window.size(), QSize(750, 450)); // the view of the kind is applied
             QCOMPARE(user.state(), "Порт отказано в доступе, Cоединиться" + labels);
         }
         close(line);
@@ -70,11 +70,11 @@ private slots:
         QCOMPARE(settings.c_cflag & (CSIZE | CSTOPB | PARODD | CRTSCTS), tcflag_t(CS8));
         QCOMPARE(settings.c_iflag & (IXON | IXOFF), tcflag_t(0));
         user.boxes.clear();
-        auto *menu = user.find<QMenu>("menu"); // whose empty status tips do not count
+        auto *menu = user.find<QMenu>("menu"); // its empty status tips are ignored
         menu->popup({});
         QTest::keyClick(menu, Qt::Key_Down);
         QTest::keyClick(menu, Qt::Key_Escape);
-        user.click("applyButton"); // does nothing before the first read
+        user.click("applyButton"); // has no effect before the first read
         for (const auto error : {QSerialPort::NoError, QSerialPort::ReadError,
                                  QSerialPort::WriteError, QSerialPort::PermissionError}) {
             QVERIFY(QMetaObject::invokeMethod(&user.window, "handleError",
@@ -122,19 +122,19 @@ private slots:
         const QString all = user.marked().join(' ');
 
         user.onBox = [&](QMessageBox *) {
-            // The next tick is an hour away, but a loss waitUntil through behind the box as well.
+            // The next tick is an hour away, but a lost port is reported behind the box as well.
             if (end.size() > 1 && user.boxes.size() == 1) {
                 perform(user, end[1]);
                 QTRY_COMPARE(user.boxes, boxes);
             }
-            // Closed first: the library would report a dead port about a million times a second.
+            // Already closed, because the library would report a hung-up port continuously.
             if (user.boxes.last() == box::portLost)
                 QVERIFY(user.state().startsWith("Disconnected"));
         };
         for (const QByteArray &step : end[0].split(' '))
             perform(user, step);
         QTRY_COMPARE(user.boxes, boxes);
-        // Sent at once, the commands arrive as one that makes no sense, which has to be over.
+        // Ticks in a row merge all commands into one invalid command; wait until it is received.
         if (boxes == QStringList{box::success.arg(nameOf(kind))})
             QTRY_VERIFY(user.commands.last().toLower().endsWith("reset"));
         QTRY_VERIFY(!QApplication::activeModalWidget());
@@ -150,7 +150,7 @@ private slots:
         for (const bool writing : {false, true}) {
             WindowFixture user(kind);
             user.connectAndFillForm();
-            // What is acknowledged after the check does not count, neither now nor later.
+            // An acknowledgement after the check has no effect, also not on later writes.
             connect(&user.module, &simulator::SimulatedModule::commandReceived, &user, [&] {
                 if (writing && user.commands.size() > 2)
                     user.module.send(acknowledgementOf(kind));
@@ -159,7 +159,7 @@ private slots:
             user.click(writing ? "applyButton" : "scan_parameters");
             user.setTick(50);
             QTRY_VERIFY(user.state().startsWith(state::disconnected));
-            // The query of the step that raised the box is left out.
+            // The step that opened the box sends no query.
             QByteArrayList queries = user.module.queries().toList();
             queries.removeAt(1);
             QTRY_COMPARE(user.commands, writing ? writeCommandsOf(kind) : queries);
@@ -183,7 +183,7 @@ private slots:
     {
         if (QByteArray(MODULE_SIMULATOR).isEmpty())
             QSKIP("an emulated program cannot start another one");
-        // From a process of its own, for the window has to be kept busy while it is used.
+        // In a process of its own, so that the flood does not pause while the window is busy.
         QProcess simulator;
         simulator.start(MODULE_SIMULATOR, {"--kind", "tcp-rtu", "--flood", "60000"});
         QVERIFY(simulator.waitForReadyRead());
@@ -193,10 +193,10 @@ private slots:
         user.start("scan_parameters");
         user.tick();
 
-        QTRY_COMPARE(user.mark("lineEdit_MAC"), green); // with what the flood brings
+        QTRY_COMPARE(user.mark("lineEdit_MAC"), green); // the flood contains a value
 
         const qint64 before = bytesInUse();
-        for (int clicks = 0; clicks < 100; ++clicks) { // none waits for the flood to end
+        for (int clicks = 0; clicks < 100; ++clicks) { // each click is handled during the flood
             QTest::qWait(20);
             user.click("scan_parameters");
         }
@@ -209,7 +209,7 @@ private slots:
     }
 
 private:
-    /// See debug_output.txt.
+    /// Performs one action of debug_output.txt.
     static void perform(WindowFixture &user, const QByteArray &step)
     {
         if (step.isEmpty())
@@ -233,7 +233,7 @@ private:
         user.setTick(oneHourMs);
     }
 
-    /// Whatever has ended, both sequences can be started, and start with their first command.
+    /// Whatever has ended, both sequences can be started, with their first command.
     static void startAnew(WindowFixture &user)
     {
         user.module.reconnect();
@@ -249,7 +249,7 @@ private:
             QVERIFY(user.tickAndAwaitCommand());
             user.click(button);
         }
-        // Commands that nobody had read yet stand before it.
+        // Unread commands may precede it.
         const Kind kind = user.module.kind();
         QVERIFY(user.commands.first().contains(parametersOf(kind, false)[0].command.split(':')[0]));
         QCOMPARE(user.commands.last(), user.module.queries().first());

@@ -1,4 +1,4 @@
-// Reading a module: what is asked, how replies are taken apart, and what goes on behind boxes.
+// Reading a module: queries, parsing of replies, and reading behind message boxes.
 
 #include "module_commands.h"
 #include "window_fixture.h"
@@ -14,9 +14,10 @@ private slots:
         const bool universal = kind == Kind::Universal;
         QVector<ParameterCase> parameters = parametersOf(kind);
         QStringList lilacFields{"lineEdit_version", "lineEdit_MAC"};
-        for (const bool withTick : {false, true}) { // each reply falls due with the tick behind it
+        for (const bool withTick :
+             {false, true}) { // each reply arrives together with the next tick
             if (withTick && universal) {
-                parameters.last().onLine = "off"; // of the slave id
+                parameters.last().onLine = "off"; // the slave id
                 parameters.last().inForm.clear();
                 lilacFields.append(parameters.last().widget);
             }
@@ -34,7 +35,7 @@ private slots:
                 const QByteArray reply = simulator::queryReply(parameter.query, parameter.onLine);
                 QVERIFY(withTick ? user.deliverWithTick(reply) : user.deliver(reply));
                 QCOMPARE(user.text(parameter.widget), parameter.inForm);
-                if (user.activeTimer()) // else the tick with the last reply was the end
+                if (user.activeTimer()) // otherwise the last reply came with the last tick
                     QCOMPARE(user.mark(parameter.widget), green);
                 if (!withTick)
                     user.tick();
@@ -122,7 +123,7 @@ private slots:
             QCOMPARE(user.text("lineEdit_version"), QString("2"));
         };
         user.onBox = [&](QMessageBox *) {
-            if (user.boxes.size() < maxBoxes) { // another one over it
+            if (user.boxes.size() < maxBoxes) { // opens another box above it
                 user.module.send(user.boxes.size() % 2 == 0 ? "\r\n" : QByteArray(1, '\0'));
                 return;
             }

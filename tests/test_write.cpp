@@ -40,8 +40,8 @@ private slots:
         QCOMPARE(user.boxes, QStringList{box::success.arg(nameOf(kind))});
         QTRY_COMPARE(user.commands, writeCommandsOf(kind));
 
-        // The restart takes the module off the line, which is no news, and has been acknowledged
-        // enough for a later write.
+        // The restart disconnects the module without an error box. writeAcknowledged stays set, so
+        // a later write passes its check.
         user.onBox = {};
         QTRY_COMPARE(user.state(), state::disconnected);
         QTRY_VERIFY(QFile::exists(user.module.portPath()));
@@ -64,7 +64,7 @@ private slots:
             user.start("applyButton");
             while (!writeCommandsOf(kind)[user.commands.size()].startsWith(keyword))
                 QVERIFY(user.writeRows(1));
-            // Only now: a value counts as it stands when its command is sent.
+            // Not earlier: a value is read when its command is sent.
             user.enter(row[0], row[1]);
             QVERIFY(user.tickAndAwaitCommand());
             QCOMPARE(user.commands.last(), row[2]);
@@ -97,10 +97,10 @@ private slots:
             QCOMPARE(user.mark(write.widget), green);
 
             user.onBox = [&](QMessageBox *) {
-                QVERIFY(user.deliver("OK") && user.deliver("MAC 01-02")); // not judged
+                QVERIFY(user.deliver("OK") && user.deliver("MAC 01-02")); // ignored
                 QCOMPARE(user.mark(write.widget), red);
             };
-            // With the tick that would send the next command.
+            // Arrives together with the tick that would send the next command.
             user.tick();
             QVERIFY(user.deliverWithTick(lenient ? "?\r\n" : refusals[row % refusals.size()]));
             QTRY_COMPARE(user.state(), state::connected);
@@ -129,9 +129,9 @@ private slots:
             QCOMPARE(user.state(), before);
 
             user.boxes.clear();
-            QTest::qWait(30); // for the commands that must not come
+            QTest::qWait(30); // no other command may arrive
             QTRY_COMPARE(user.commands, commands);
-            if (!commands.isEmpty()) { // a loss is no error any more, neither now nor later
+            if (!commands.isEmpty()) { // a lost port is not reported any more
                 QTRY_COMPARE(user.text("connect"), QString("Cоединиться"));
                 QTRY_VERIFY(QFile::exists(user.module.portPath()));
                 user.click("connect");

@@ -106,7 +106,7 @@ void WindowFixture::connectAndFillForm()
 {
     module.faults.silent = true;
     click("connect");
-    click("scan_parameters"); // a read, stopped at once
+    click("scan_parameters"); // a stopped read enables writes
     click("scan_parameters");
     for (const ParameterCase &parameter : parametersOf(Kind::Universal))
         enter(parameter.widget, parameter.inForm);

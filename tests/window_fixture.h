@@ -7,7 +7,7 @@
 #include <QMessageBox>
 #include <QTest>
 
-/// QTEST_MAIN with the program's own application.
+/// QTEST_MAIN with the program's Application.
 #define WINDOW_TEST_MAIN(Test) /* NOLINT(cppcoreguidelines-macro-usage) */                         \
     int main(int argc, char *argv[])                                                               \
     {                                                                                              \
@@ -16,32 +16,32 @@
         return QTest::qExec(&test, argc, argv);                                                    \
     }
 
-using Kind = simulator::ModuleKind; ///< as the module has it; the program has its own
+using Kind = simulator::ModuleKind; ///< the simulator's; the program has a type of its own
 Q_DECLARE_METATYPE(Kind)
-constexpr int oneHourMs = 3600 * 1000; // in ms
+constexpr int oneHourMs = 3600 * 1000;
 constexpr Kind allKinds[] = {Kind::TcpRtu, Kind::RtuTcp, Kind::Universal};
 QString nameOf(Kind kind);
-void addKindRows(); ///< a row for each module kind with a column "kind"
+void addKindRows(); ///< adds a row for each module kind, with a column "kind"
 
 QByteArray contentOf(const QString &path);
-/// The rows of a table in data/, split at their bars, with %xx turned into bytes. Lines that begin
-/// with # are for people.
+/// The rows of a table in data/. Bars separate cells, %xx is a byte, lines that begin with # are
+/// comments.
 QList<QByteArrayList> tableOf(const QString &file);
-/// Those of its rows whose first cell has the number of the kind, without that cell.
+/// The rows whose first cell contains the number of the kind, without that cell.
 QList<QByteArrayList> rowsOf(const QString &file, Kind kind);
-void addRowsOf(const QString &file); ///< a row for each, with columns "kind" and "row"
+void addRowsOf(const QString &file); ///< adds a test row for each, with columns "kind" and "row"
 
-/// One parameter with a value, as the form and the line have them; see data/parameters.txt.
+/// A parameter with a value, as in the form and on the line; see data/parameters.txt.
 struct ParameterCase {
     QString widget;
     QString inForm;
     QByteArray query;
     QByteArray onLine;
-    QByteArray command; ///< empty if it is display only
+    QByteArray command; ///< empty if it is display-only
 };
 /// In the order in which they are read and written.
 QVector<ParameterCase> parametersOf(Kind kind, bool displayOnlyToo = true);
-QByteArrayList writeCommandsOf(Kind kind); ///< of a whole write, up to the restart
+QByteArrayList writeCommandsOf(Kind kind); ///< the commands of a complete write, with the restart
 QByteArray acknowledgementOf(Kind kind);
 
 /// Style sheets of the marks.
@@ -49,7 +49,7 @@ inline const QString green = "background-color:  #90ee90;";
 inline const QString red = "background-color: #FF2400";
 inline const QString lilac = "background-color:  #f5edff;";
 
-/// What WindowFixture::state() says of a window in which everything agrees.
+/// WindowFixture::state() of a consistent window.
 namespace state {
 inline const QString connected = "Connected, Отсоединиться, Сканировать, Запись параметры";
 inline const QString disconnected = "Disconnected, Cоединиться, Сканировать, Запись параметры";
@@ -58,7 +58,7 @@ inline const QString reading =
 inline const QString writing = "Connected, Отсоединиться, Сканировать, Остановить запись, write";
 } // namespace state
 
-/// Every box that the program has, as UiDriver::boxes lists it; %1 is the name of the kind.
+/// All message boxes of the program, as UiDriver::boxes lists them; %1 is the name of the kind.
 namespace box {
 inline const QString portDenied = "Critical: Отказано в доступе: Ошибка соединения";
 inline const QString portLost = "Critical: Critical Error: Ошибка соединения";
@@ -74,36 +74,36 @@ inline const QString success = "Information: Результы изменения
                                "параметров %1 было успешно</FONT>";
 } // namespace box
 
-/// A user whose window has a simulated module at its port, and who has time in hand.
+/// A window with a simulated module at its port, whose ticks the test triggers.
 class WindowFixture : public UiDriver {
 public:
     explicit WindowFixture(Kind kind = Kind::Universal);
 
-    /// For a silent module: connects, arms the apply button, fills the fields of all kinds.
+    /// Makes the module silent, connects, enables writes by a stopped read, and fills all fields.
     void connectAndFillForm();
 
-    /// Status, texts of the three buttons, "read" or "write" for each sequence that is running,
-    /// and each control that is not enabled as the link wants it.
+    /// The status, the texts of the three buttons, "read" or "write" for each active sequence, and
+    /// each control whose enabled state does not match the connection.
     QString state();
     QTimer *activeTimer(); ///< of the running sequence, or nullptr
-    void markAll();        ///< fields, green
-    /// Names of the fields of all kinds with this mark, or with any.
+    void markAll();        ///< marks all fields green
+    /// Names of the fields of all kinds with this mark, or with any mark.
     QStringList marked(const QString &styleSheet = QString());
-    QStringList filled(); ///< likewise of those that are not empty
+    QStringList filled(); ///< names of the fields that are not empty
 
-    void start(const QString &button); ///< a sequence; time passes by tick() only from here on
+    void start(const QString &button); ///< starts a sequence that ticks by tick() only
     void tick(int count = 1);
-    bool tickAndAwaitCommand(); ///< a tick that sends; true when the module has the command
-    bool deliver(const QByteArray &bytes); ///< to the window; true when it has handled them
-    /// The same, while the window's thread is held up until the next tick is due as well.
+    bool tickAndAwaitCommand();            ///< returns whether the module received a command
+    bool deliver(const QByteArray &bytes); ///< returns whether the window has read the bytes
+    /// The same, but blocks the window until the next tick is due as well.
     bool deliverWithTick(const QByteArray &bytes);
-    bool writeRows(int count); ///< of a write that was started, each acknowledged
+    bool writeRows(int count); ///< continues a write, acknowledging each command
 
     simulator::SimulatedModule module;
-    QByteArrayList commands; ///< that the module received
+    QByteArrayList commands; ///< received by the module
 
 private:
     QStringList fieldsWhere(const std::function<bool(const QString &)> &holds);
-    /// Whether the window has something to read, or has so within that time.
+    /// Whether the window has unread data, now or within that time.
     bool hasUnread(int waitMs);
 };

@@ -43,7 +43,7 @@ void UiDriver::trigger(const QString &action, const QString &path)
 {
     nextPath = path;
     find<QAction>(action)->trigger();
-    // What it has left for later an event loop would have removed by now.
+    // An event loop would have deleted these objects by now.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     if (!failure.isEmpty())
         fail(std::exchange(failure, QString()));
@@ -108,7 +108,7 @@ bool UiDriver::waitUntil(const std::function<bool()> &done, int limitMs)
     while (failure.isEmpty() && !done()) {
         if (clock.hasExpired(limitMs))
             return false;
-        // Looking for dialogs sees to it that there are events.
+        // pollDialogs() provides events.
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
     return failure.isEmpty();
@@ -126,7 +126,7 @@ bool UiDriver::answer(QFileDialog *dialog, const QString &path)
 {
     dialog->findChild<QLineEdit *>("fileNameEdit")->setText(path);
     if (!path.isEmpty())
-        QMetaObject::invokeMethod(dialog, "accept"); // which QFileDialog hides
+        QMetaObject::invokeMethod(dialog, "accept"); // QFileDialog hides this slot
     const bool taken = path.isEmpty() || !dialog->isVisible();
     if (dialog->isVisible())
         dialog->reject();
@@ -140,7 +140,7 @@ void UiDriver::fail(const QString &reason)
 
 void UiDriver::pollDialogs()
 {
-    // First, for a handler may wait, and other dialogs open meanwhile.
+    // First, because onBox may wait while further dialogs open.
     QTimer::singleShot(2, this, &UiDriver::pollDialogs);
     QWidget *dialog = QApplication::activeModalWidget();
     if (!dialog || dialog->property("seen").toBool())

@@ -10,13 +10,13 @@
 class QFileDialog;
 class QMessageBox;
 
-/// Somebody who uses the window: finds its parts by the names that they have in the form, clicks,
-/// types, looks, waits, and deals with the message boxes and file dialogs that open.
+/// Operates the window as a person does: finds widgets by object name, clicks, types, reads, waits,
+/// closes message boxes and answers file dialogs.
 ///
-/// What is not there, or does not come, is thrown as a std::runtime_error.
+/// Throws std::runtime_error if a widget does not exist or an expected event does not occur.
 class UiDriver : public QObject {
 public:
-    UiDriver(); ///< in front of the window as it starts
+    UiDriver();
 
     template <class Object> Object *find(const QString &name)
     {
@@ -26,38 +26,41 @@ public:
         return object;
     }
 
-    void choosePort(const QString &port); ///< also one that is not on the list
+    void choosePort(const QString &port); ///< adds it to the list if necessary
     void click(const QString &button);
-    /// Uses a command of the menu. A file dialog is given the path, which it has to take, or
-    /// cancelled for want of one.
+    /// Triggers a menu action. Answers its file dialog with the path, or cancels it if the path is
+    /// empty.
     void trigger(const QString &action, const QString &path = QString());
-    /// Into a line edit; the item of a combo box that says so; "checked" or "unchecked".
+    /// Sets the text of a line edit, the item of a combo box with that text, or a check box to
+    /// "checked" or "unchecked".
     void enter(const QString &field, const QString &value);
 
-    /// What it says, in the words of enter() if it is a field.
+    /// The text of a button, label or status bar; of a field, the value as enter() takes it.
     QString text(const QString &name);
-    static QString labelOf(QWidget *field); ///< as screen readers have it
+    static QString labelOf(QWidget *field); ///< as screen readers see it
     QString mark(const QString &field);     ///< style sheet
     bool isEnabled(const QString &name);
     bool isVisible(const QString &name);
 
     void waitFor(const QString &what, const std::function<bool()> &done, int limitMs = 30000);
-    bool waitUntil(const std::function<bool()> &done, int limitMs); ///< instead of throwing
-    /// Ends the next, or the present, waitFor() or trigger().
+    bool waitUntil(const std::function<bool()> &done, int limitMs); ///< returns false on timeout
+    /// Makes the current or the next waitFor() or trigger() throw.
     void abortWait(const QString &reason) { failure = reason; }
-    void setTick(int ms); ///< of the sequences that are running, instead of a second
+    void setTick(int ms); ///< interval of the active timers
 
-    /// Called for each box that opens, while it is open; then the box is closed.
+    /// Called for each box while it is open. Afterwards the box is closed.
     std::function<void(QMessageBox *)> onBox;
-    QString boxAnswer; ///< the button that closes boxes that have one of this text, or "Esc"
+    QString boxAnswer; ///< text of the button that closes the box, or "Esc"; the default button
+                       ///< otherwise
     bool leavesDialogsOpen = false;
-    QStringList boxes;       ///< "icon: title: text" of each that opened
-    QStringList fileDialogs; ///< "title: filters" of each that opened
+    QStringList boxes;       ///< "icon: title: text" of each box that opened
+    QStringList fileDialogs; ///< "title: filters" of each file dialog that opened
 
     MainWindow window;
     const QList<QTimer *> timers; ///< of the sequences: read, write, read, write
 
-    /// Gives it the path, or cancels it for want of one. Whether the dialog took that.
+    /// Enters the path, or cancels the dialog if the path is empty. Returns whether it was
+    /// accepted.
     static bool answer(QFileDialog *dialog, const QString &path);
 
 private:
@@ -66,6 +69,6 @@ private:
 
     QString nextPath;
     QString failure;
-    const QTemporaryDir
-        settingsFolder; ///< instead of the user's own, of what file dialogs were given
+    /// QSettings folder for the file dialogs' history, in place of the user's own.
+    const QTemporaryDir settingsFolder;
 };
