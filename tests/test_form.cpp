@@ -133,7 +133,7 @@ private slots:
         QFETCH(Kind, kind);
         WindowFixture user(kind);
         if (user.window.logicalDpiX() != 96)
-            QSKIP("without a display, this Qt has letters of another size");
+            QSKIP("without a display, this Qt has another font DPI");
         user.find<QComboBox>("serialPortInfoListBox")->clear(); // paths of ptys vary
         for (const QByteArrayList &row : tableOf("widest.txt"))
             user.find<QWidget>(row[0])->setProperty("text", QString(row[1]));
