@@ -172,6 +172,6 @@ void UiDriver::pollDialogs()
         button->click();
     else if (boxAnswer == "Esc")
         QCoreApplication::sendEvent(box, &escape);
-    else
+    if (box->isVisible())
         box->accept();
 }
