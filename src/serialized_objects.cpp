@@ -37,6 +37,84 @@ int decodeEscape(const char *&at, const char *end)
     return QByteArray::fromRawData("abfnrtv\"?'\\", 11).contains(kind) ? '\\' : noCharacter;
 }
 
+/// Parses a text of an INI file as QSettings does: lines, keys and values, list items, quotes,
+/// escapes and comments.
+class Parser {
+public:
+    explicit Parser(const QByteArray &ini)
+        : at(ini.constData())
+        , end(at + ini.size())
+        , skipsNonAscii(!isUtf8(ini))
+    {
+    }
+
+    bool isAtEnd() const { return at == end; }
+    bool isInObject() const { return inValue && (item == "@Variant(" || item == "@DateTime("); }
+
+    /// Parses the next character or escape.
+    void advance()
+    {
+        const char ch = *at++;
+        if (ch == '\\')
+            addEscape();
+        else if (ch == '"')
+            toggleQuotes();
+        else if (!inQuotes && (ch == ';' || ch == '\r' || ch == '\n'))
+            endValue(ch);
+        else if (!inQuotes && ch == (inValue ? ',' : '='))
+            beginItem();
+        else if (!skipsSpaces || (ch != ' ' && ch != '\t'))
+            add(ch);
+    }
+
+private:
+    void addEscape()
+    {
+        const int escaped = decodeEscape(at, end);
+        if (escaped != noCharacter)
+            item += escaped < 0x80 ? char(escaped) : '?';
+        skipsSpaces = false;
+    }
+
+    void toggleQuotes()
+    {
+        inQuotes = !inQuotes;
+        skipsSpaces = !inQuotes;
+    }
+
+    void endValue(char ch)
+    {
+        while (ch == ';' && at != end && *at != '\r' && *at != '\n')
+            ++at; // skips the comment
+        inValue = false;
+    }
+
+    void beginItem()
+    {
+        item.resize(0);
+        inValue = true;
+        skipsSpaces = true;
+    }
+
+    void add(char ch)
+    {
+        const char byteOrderMark[] = "\xef\xbb\xbf"; // QSettings drops it anywhere.
+        if (!skipsNonAscii || uchar(ch) < 0x80)
+            item += ch;
+        if (item.endsWith(byteOrderMark))
+            item.chop(3);
+        skipsSpaces = false;
+    }
+
+    const char *at;
+    const char *const end;
+    const bool skipsNonAscii;
+    QByteArray item; ///< the decoded part of a value or list item
+    bool inValue = false;
+    bool inQuotes = false;
+    bool skipsSpaces = false;
+};
+
 } // namespace
 
 bool isUtf8(const QByteArray &text)
@@ -46,43 +124,10 @@ bool isUtf8(const QByteArray &text)
     return QString::fromUtf8(longer.constData(), longer.size()).toUtf8() == longer;
 }
 
-// Parses the text as QSettings does: lines, keys and values, list items, quotes, escapes, comments.
 bool containsSerializedObject(const QByteArray &ini)
 {
-    const QByteArray byteOrderMark = "\xef\xbb\xbf"; // QSettings drops it anywhere.
-    const bool skipsNonAscii = !isUtf8(ini);
-    QByteArray item; // the decoded part of a value or list item
-    bool inValue = false;
-    bool inQuotes = false;
-    bool skipsSpaces = false;
-    const char *const end = ini.constData() + ini.size();
-    for (const char *at = ini.constData(); at != end;) {
-        const char ch = *at++;
-        if (ch == '\\') {
-            const int escaped = decodeEscape(at, end);
-            if (escaped != noCharacter)
-                item += escaped < 0x80 ? char(escaped) : '?';
-            skipsSpaces = false;
-        } else if (ch == '"') {
-            inQuotes = !inQuotes;
-            skipsSpaces = !inQuotes;
-        } else if (!inQuotes && (ch == ';' || ch == '\r' || ch == '\n')) {
-            while (ch == ';' && at != end && *at != '\r' && *at != '\n')
-                ++at;
-            inValue = false;
-        } else if (!inQuotes && ch == (inValue ? ',' : '=')) {
-            item.resize(0);
-            inValue = true;
-            skipsSpaces = true;
-        } else if (!skipsSpaces || (ch != ' ' && ch != '\t')) {
-            if (!skipsNonAscii || uchar(ch) < 0x80)
-                item += ch;
-            if (item.endsWith(byteOrderMark))
-                item.chop(byteOrderMark.size());
-            skipsSpaces = false;
-        }
-        if (inValue && (item == "@Variant(" || item == "@DateTime("))
-            return true;
-    }
-    return false;
+    Parser parser(ini);
+    while (!parser.isAtEnd() && !parser.isInObject())
+        parser.advance();
+    return parser.isInObject();
 }
