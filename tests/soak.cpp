@@ -190,7 +190,7 @@ private:
 
 int main(int argc, char *argv[])
 {
-    QApplication application(argc, argv);
+    const Application application(argc, argv);
     const QStringList given = QCoreApplication::arguments();
     const quint32 seed = given.value(1).toUInt();
     const int count = given.value(2).toInt();

@@ -292,5 +292,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestFiles)
+WINDOW_TEST_MAIN(TestFiles)
 #include "test_files.moc"
