@@ -135,7 +135,7 @@ void PtyLine::reportAccesses()
 
 void PtyLine::write(const QByteArray &bytes)
 {
-    handleAccesses(); // drops reads of what was written before
+    handleAccesses(); // discards reads of earlier bytes
     int done = 0;
     while (isOpen() && done < bytes.size()) {
         const ssize_t count =

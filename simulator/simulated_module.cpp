@@ -143,7 +143,7 @@ void SimulatedModule::sendNext()
 void SimulatedModule::flood()
 {
     // Without NUL: a delivery that begins with it is empty and opens a message box, for each of
-    // which Qt 6.11 leaks memory. The memory would not show any more what the client itself keeps.
+    // which Qt 6.11 leaks memory. That would hide how much the client itself keeps.
     if (floodEnd.hasExpired() || !line.isOpen())
         floodTimer.stop();
     else

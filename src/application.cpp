@@ -15,7 +15,8 @@ static double firstScreenFactor()
 }
 #endif
 
-/// Sets what QApplication's constructor reads. Returns argc, so that it can be called before that.
+/// Makes the settings that QApplication's constructor reads. Returns argc, so that the
+/// constructor's argument list can call it.
 static int &prepare(int &argc)
 {
     // Ignore SIGPIPE, so that a closed stderr does not end the program.

@@ -35,9 +35,9 @@ constexpr Dialect dialectOf(ModuleKind kind)
 /// The code of one combo box item on the line.
 struct Code {
     int item;          ///< index in the parameter's combo box
-    const char *reply; ///< what the module reports
+    const char *reply; ///< reported by the module
     const char *write =
-        reply; ///< what it is told; if an item has several codes, the first is written
+        reply; ///< sent to the module; if an item has several codes, the first is sent
 };
 using Codes = QVector<Code>;
 

@@ -13,9 +13,9 @@ int digitOf(char ch)
     return ch >= '0' && ch <= '9' ? ch - '0' : lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : 16;
 }
 
-/// Decodes the escape that follows a backslash, and moves behind it. Returns the character that
-/// QSettings reads, with 16 bits as there, or noCharacter if it drops the escape. Which of the
-/// characters with a name of its own it is does not matter; a backslash stands for each.
+/// Decodes the escape that follows a backslash, and moves behind it. Returns the character, of
+/// which QSettings keeps 16 bits, or noCharacter if QSettings drops the escape. Returns a backslash
+/// for every escape like "\n", because it does not matter which of these characters it is.
 int decodeEscape(const char *&at, const char *end)
 {
     if (at == end)
