@@ -17,7 +17,7 @@ class MainWindow : public QMainWindow {
     Q_OBJECT
 
 public:
-    /// The size until a module kind is chosen, in pixels.
+    /// The size until a module kind is chosen or a port is opened, in pixels.
     static constexpr QSize startSize{754, 550};
 
     explicit MainWindow(QWidget *parent = nullptr);
@@ -93,9 +93,9 @@ private:
 
     // mainwindow_reply.cpp
     void reportEmptyDelivery();
-    void handleReply(ModuleKind kind);
+    void handleQueryReply(ModuleKind kind);
     void showReply(const Parameter &parameter, Dialect dialect);
-    void showOffReply(const Parameter &parameter, const QString &value);
+    void showSwitchableReply(const Parameter &parameter, const QString &value);
     void handleWriteReply(ModuleKind kind);
     void reportRefusal(const Parameter &parameter);
 

@@ -83,7 +83,7 @@ void MainWindow::setConnectionControls(bool open)
         control->setEnabled(!open);
 }
 
-/// Handles a hung-up line as a lost port. Not every version of the library reports it.
+/// Handles a hung-up line as a lost port. Not every version of Qt SerialPort reports it.
 void MainWindow::watchForHangUp()
 {
     auto *notifier = new QSocketNotifier(serial.handle(), QSocketNotifier::Exception, this);

@@ -8,7 +8,7 @@
 
 namespace {
 
-/// The step that tests whether the module has answered the first query.
+/// The step that tests whether anything has arrived, normally the reply to the first query.
 constexpr int connectionTestStep = 1;
 
 void clearField(QLineEdit *field)
@@ -129,8 +129,8 @@ void MainWindow::endRead(ModuleKind kind)
         return;
     }
     for (const Parameter &parameter : parameters()) {
-        const bool displayOnly = !parameter.writeCommand;
+        const bool readOnly = !parameter.writeCommand;
         const bool off = parameter.offSwitch && (ui->*parameter.offSwitch)->isChecked();
-        setMark(parameter, displayOnly || off ? mark::lilac : mark::none);
+        setMark(parameter, readOnly || off ? mark::lilac : mark::none);
     }
 }

@@ -45,11 +45,11 @@ void MainWindow::readData()
     if (changeTimer->isActive())
         handleWriteReply(ModuleKind::RtuTcp);
     else if (scanTimer->isActive())
-        handleReply(ModuleKind::RtuTcp);
+        handleQueryReply(ModuleKind::RtuTcp);
     else if (changeModeTimer->isActive())
         handleWriteReply(ModuleKind::Universal);
     else if (scanAllTimer->isActive())
-        handleReply(ModuleKind::Universal);
+        handleQueryReply(ModuleKind::Universal);
 }
 
 /// Limits the number of boxes, because a line may deliver nothing but line ends.
@@ -61,7 +61,7 @@ void MainWindow::reportEmptyDelivery()
 }
 
 /// Handles the reply to the query that the previous step sent.
-void MainWindow::handleReply(ModuleKind kind)
+void MainWindow::handleQueryReply(ModuleKind kind)
 {
     const QVector<const Parameter *> queried = readList(kind);
     const int queryStep = readSequence(dialectOf(kind)).step - 1;
@@ -73,7 +73,7 @@ void MainWindow::showReply(const Parameter &parameter, Dialect dialect)
 {
     const QString value = protocol::valueField(parameter, replyText);
     if (parameter.offSwitch) {
-        showOffReply(parameter, value);
+        showSwitchableReply(parameter, value);
         return;
     }
     const bool taken = std::visit(
@@ -83,7 +83,7 @@ void MainWindow::showReply(const Parameter &parameter, Dialect dialect)
 }
 
 /// Shows the value of a parameter that can be switched off. An empty value is marked as off.
-void MainWindow::showOffReply(const Parameter &parameter, const QString &value)
+void MainWindow::showSwitchableReply(const Parameter &parameter, const QString &value)
 {
     setMark(parameter, value.isEmpty() ? mark::lilac : mark::green);
     if (value.isEmpty())
@@ -126,8 +126,9 @@ void MainWindow::handleWriteReply(ModuleKind kind)
 void MainWindow::reportRefusal(const Parameter &parameter)
 {
     QMessageBox::critical(this, tr(text::error),
-                          parameter.has(TightWriteError) ? text::writeErrorTight
-                                                         : text::writeError);
+                          parameter.has(WriteErrorWithoutLeadingSpace)
+                              ? text::writeErrorWithoutLeadingSpace
+                              : text::writeError);
     styleclear();
     ui->applyButton->setText(text::apply);
 }

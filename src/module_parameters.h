@@ -45,7 +45,7 @@ using Codes = QVector<Code>;
 enum Trait : unsigned {
     NoTraits = 0,
     RefusedByQuestionMark = 1U << 0, ///< a universal module refuses it with "?" and nothing else
-    TightWriteError = 1U << 1,       ///< the text of its write error box begins without a space
+    WriteErrorWithoutLeadingSpace = 1U << 1, ///< the text of the box that reports a refused write
     KeepsMarkAtScanStart = 1U << 2,
     KeepsMarkAtStyleclear = 1U << 3,
     TracedInFixedDialect = 1U << 4, ///< its write command is printed as debug output
@@ -60,7 +60,7 @@ struct Parameter {
     const char
         *query; ///< sent to read it; the reply repeats it, adds one separator, then the value
     int width;  ///< maximum length of the value in a reply, in characters
-    const char *writeCommand; ///< sent with the value appended; nullptr if it is display-only
+    const char *writeCommand; ///< sent with the value appended; nullptr if it is read-only
     QLabel *Ui_MainWindow::*label;
     std::variant<QLineEdit * Ui_MainWindow::*, QComboBox * Ui_MainWindow::*> field;
     unsigned traits = NoTraits;

@@ -27,7 +27,7 @@ constexpr char emptyDelivery[] = "нет соединения с модуля";
 constexpr char noConnection[] = "нет соединения с модулем %1";
 constexpr char error[] = "Ошибка";
 constexpr char writeError[] = "<FONT COLOR='#800000'> Ошибка записи </FONT>";
-constexpr char writeErrorTight[] = "<FONT COLOR='#800000'>Ошибка записи </FONT>";
+constexpr char writeErrorWithoutLeadingSpace[] = "<FONT COLOR='#800000'>Ошибка записи </FONT>";
 constexpr char writeResult[] = "Результы изменения";
 constexpr char writeSucceeded[] =
     "<FONT COLOR='#008000'>Изменение параметров %1 было успешно</FONT>";
@@ -56,7 +56,7 @@ namespace mark {
 constexpr char none[] = "";
 constexpr char green[] = "background-color:  #90ee90;"; ///< value read, or write acknowledged
 constexpr char red[] = "background-color: #FF2400"; ///< reply empty or unknown, or write refused
-constexpr char lilac[] = "background-color:  #f5edff;";        ///< display-only, or switched off
+constexpr char lilac[] = "background-color:  #f5edff;";        ///< read-only, or switched off
 constexpr char lilacFromFile[] = "background-color: #f5edff;"; ///< lilac, as a loaded file sets it
 
 } // namespace mark
