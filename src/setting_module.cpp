@@ -8,7 +8,6 @@
 #include <QSaveFile>
 #include <QSettings>
 #include <QTemporaryDir>
-#include <QUuid>
 
 #include <optional>
 #include <variant>
@@ -47,27 +46,10 @@ void read(const QSettings &settings, const char *key, int &member)
     member = settings.value(key, 0).toInt();
 }
 
-/// Replaces each surrogate without its other half by its number as an escape, which ends with a
-/// backslash and a character that QSettings drops.
-QString escapeLoneSurrogates(const QString &text, const QString &backslash)
-{
-    QString result;
-    for (int i = 0; i < text.size(); ++i) {
-        const QChar ch = text[i];
-        if (ch.isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate())
-            result += text.mid(i++, 2);
-        else if (ch.isSurrogate())
-            result += backslash + 'x' + QString::number(ch.unicode(), 16) + backslash + '.';
-        else
-            result += ch;
-    }
-    return result;
-}
-
 /// The content of a file; none if it cannot be read, is no regular file or is too large.
 std::optional<QByteArray> contentOf(const QFileInfo &info)
 {
-    constexpr qint64 maxBytes = 1 << 22; // A save of full line edits takes up to 3 MiB.
+    constexpr qint64 maxBytes = 1 << 22; // Nine full line edits are saved in up to 2 MiB.
     if (!info.isFile() || info.size() > maxBytes)
         return std::nullopt;
     QFile file(info.filePath());
@@ -162,21 +144,10 @@ void setting_module::SaveNTSetting(QString FileName)
     for (const Key &key : keys) {
         std::visit([&](auto member) { settings->setValue(key.name, this->*member); }, key.member);
     }
-    // Qt 6 cannot write a surrogate without its other half, nor read a byte order mark at the
-    // beginning of a text, so both become escapes. QSettings would double their backslashes: a
-    // unique text stands for these until it has written the file.
-    const QString backslash = QUuid::createUuid().toString();
-    for (const QString &key : settings->allKeys()) {
-        const QVariant value = settings->value(key);
-        if (value.userType() == QMetaType::QString)
-            settings->setValue(key, escapeLoneSurrogates(value.toString(), backslash));
-    }
     settings->sync();
     if (settings->status() == QSettings::AccessError)
         return;
-    std::optional<QByteArray> content = contentOf(QFileInfo(settings->fileName()));
-    if (!content)
-        return;
-    content->replace("\xef\xbb\xbf", "\\xfeff\\.").replace(backslash.toUtf8(), "\\");
-    replace(file, *content);
+    const std::optional<QByteArray> content = contentOf(QFileInfo(settings->fileName()));
+    if (content)
+        replace(file, *content);
 }
