@@ -46,7 +46,8 @@ void read(const QSettings &settings, const char *key, int &member)
     member = settings.value(key, 0).toInt();
 }
 
-/// The content of a file; none if it cannot be read, is no regular file or is too large.
+/// The content of a file; none if it cannot be read, is no regular file, is too large or contains
+/// an object.
 std::optional<QByteArray> contentOf(const QFileInfo &info)
 {
     constexpr qint64 maxBytes = 1 << 22; // Nine full line edits are saved in up to 2 MiB.
@@ -56,7 +57,7 @@ std::optional<QByteArray> contentOf(const QFileInfo &info)
     if (!file.open(QIODevice::ReadOnly))
         return std::nullopt;
     QByteArray content = file.read(info.size());
-    if (content.size() != info.size())
+    if (content.size() != info.size() || containsSerializedObject(content))
         return std::nullopt;
     return content;
 }
@@ -67,13 +68,11 @@ bool write(QFileDevice &file, const QByteArray &content)
     return file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.flush();
 }
 
-/// Replaces the content of the file, or leaves the file unchanged.
-void replace(const QFileInfo &info, const QByteArray &content)
+/// Replaces the content of the file, or leaves the file unchanged. Returns whether it is replaced.
+bool replace(const QFileInfo &info, const QByteArray &content)
 {
-    QDir().mkpath(info.path());
     QSaveFile file(info.filePath());
-    if (write(file, content))
-        file.commit();
+    return write(file, content) && file.commit();
 }
 
 } // namespace
@@ -88,30 +87,26 @@ setting_module::~setting_module()
     delete settings;
 }
 
-/// Opens a copy of the file in `settings`. The copy is empty if there is no file or it cannot be
-/// read. Returns whether the copy may replace the file. Why QSettings must not open the file itself
-/// is told in docs/developers.md.
-bool setting_module::open(const QFileInfo &file)
+/// Opens a copy of the content in `settings`, or the original if the copy cannot be written to the
+/// folder. Returns whether the copy was written. Why QSettings must not open every file itself is
+/// told in docs/developers.md.
+bool setting_module::openCopy(const QByteArray &content, const QString &folder,
+                              const QString &original)
 {
-    std::optional<QByteArray> content = file.exists() ? contentOf(file) : QByteArray();
-    if (content && containsSerializedObject(*content))
-        content.reset();
-    delete settings;
-    scratch = std::make_unique<QTemporaryDir>();
+    delete settings; // before its copy
+    scratch = std::make_unique<QTemporaryDir>(folder + "/.TRset-XXXXXX");
     QFile copy(scratch->filePath("copy"));
-    const bool copied = write(copy, content.value_or(QByteArray()));
-    // If the copy cannot be written (disk full), load the original.
-    settings =
-        new QSettings(content && !copied ? file.filePath() : copy.fileName(), QSettings::IniFormat);
+    const bool copied = write(copy, content);
+    settings = new QSettings(copied ? copy.fileName() : original, QSettings::IniFormat);
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
     // Qt 6 and editors write UTF-8, Qt 5 writes escapes. The codec is for reading only, because
     // with it Qt 5 would write surrogate pairs wrongly.
-    if (isUtf8(content.value_or(QByteArray())))
+    if (isUtf8(content))
         settings->setIniCodec("UTF-8");
     settings->allKeys(); // decodes the values
     settings->setIniCodec(static_cast<QTextCodec *>(nullptr));
 #endif
-    return content && copied;
+    return copied;
 }
 
 void setting_module::LoadNTSetting()
@@ -130,7 +125,8 @@ void setting_module::SaveNTSetting()
 
 void setting_module::LoadNTSetting(QString FileName)
 {
-    open(QFileInfo(FileName));
+    const std::optional<QByteArray> content = contentOf(QFileInfo(FileName));
+    openCopy(content.value_or(QByteArray()), QDir::tempPath(), content ? FileName : QString());
     for (const Key &key : keys) {
         std::visit([&](auto member) { read(*settings, key.name, this->*member); }, key.member);
     }
@@ -139,15 +135,30 @@ void setting_module::LoadNTSetting(QString FileName)
 void setting_module::SaveNTSetting(QString FileName)
 {
     const QFileInfo file(FileName);
-    if (!open(file) || FileName.isEmpty())
+    const std::optional<QByteArray> content = file.exists() ? contentOf(file) : QByteArray();
+    if (!content || FileName.isEmpty()) {
+        openCopy(QByteArray(), QDir::tempPath());
         return;
+    }
+    QDir().mkpath(file.path());
+    // The folder for temporary files may be full when that of the file is not.
+    const QString besideFile = file.exists() ? file.canonicalPath() : file.path();
+    for (const QString &folder : {QDir::tempPath(), besideFile}) {
+        if (openCopy(*content, folder) && saveCopy(file))
+            return;
+    }
+}
+
+/// Writes the members to the copy and replaces the file by it. Returns false if either fails.
+bool setting_module::saveCopy(const QFileInfo &file)
+{
     for (const Key &key : keys) {
         std::visit([&](auto member) { settings->setValue(key.name, this->*member); }, key.member);
     }
     settings->sync();
     if (settings->status() == QSettings::AccessError)
-        return;
+        return false;
     const std::optional<QByteArray> content = contentOf(QFileInfo(settings->fileName()));
-    if (content)
-        replace(file, *content);
+    scratch.reset(); // makes room, if it is beside the file
+    return content && replace(file, *content);
 }

@@ -48,7 +48,9 @@ public slots:
     void SaveNTSetting(QString FileName); ///< keeps the other keys of an existing file
 
 private:
-    bool open(const QFileInfo &file);
+    bool openCopy(const QByteArray &content, const QString &folder,
+                  const QString &original = QString());
+    bool saveCopy(const QFileInfo &file);
 
     std::unique_ptr<QTemporaryDir> scratch; ///< holds the copy
 };
