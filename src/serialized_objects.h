@@ -2,12 +2,9 @@
 
 class QByteArray;
 
-/// Whether QSettings would build an object, of any type and size that the file states, from a value
-/// or a list item in this text of an INI file: "@Variant(…)" or "@DateTime(…)", in any spelling.
+/// Whether a value or list item in this text of an INI file can make QSettings build an object:
+/// "@Variant(…)" or "@DateTime(…)", in any spelling. The file chooses its type and size.
 ///
-/// How QSettings decodes a text that is not UTF-8 depends on the version of Qt. There, bytes that
-/// are not ASCII are skipped, so that no object can hide behind them; "é@Variant(" is a false
-/// positive.
+/// No object is missed. A text or comment that has such a word behind a "=" or "," of its own is a
+/// false positive. "@@Variant(…)" is none: QSettings writes a text that begins with "@" like this.
 bool containsSerializedObject(const QByteArray &ini);
-
-bool isUtf8(const QByteArray &text);

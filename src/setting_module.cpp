@@ -62,6 +62,15 @@ std::optional<QByteArray> contentOf(const QFileInfo &info)
     return content;
 }
 
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+bool isUtf8(const QByteArray &text)
+{
+    // fromUtf8() would drop a byte order mark at the beginning.
+    const QByteArray longer = 'x' + text;
+    return QString::fromUtf8(longer.constData(), longer.size()).toUtf8() == longer;
+}
+#endif
+
 /// Returns false if the content cannot be written, for example because the disk is full.
 bool write(QFileDevice &file, const QByteArray &content)
 {
@@ -93,7 +102,7 @@ setting_module::~setting_module()
 bool setting_module::openCopy(const QByteArray &content, const QString &folder,
                               const QString &original)
 {
-    delete settings; // before its copy
+    delete settings; // while its copy exists, because this may write to it
     scratch = std::make_unique<QTemporaryDir>(folder + "/.TRset-XXXXXX");
     QFile copy(scratch->filePath("copy"));
     const bool copied = write(copy, content);

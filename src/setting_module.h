@@ -11,12 +11,11 @@ class QTemporaryDir;
 
 /// One parameter set and its settings file, an INI file of fourteen keys.
 ///
-/// The members are filled before a save and read after a load; they hold exactly what the user
-/// typed or the file held. The integers are indexes of the form's combo boxes. Nothing is checked
-/// and no failure is reported: a value that cannot be read takes its default, a file that cannot be
-/// written stays unchanged. Files of more than 4 MiB, and files for which
-/// containsSerializedObject() is true, are neither read nor written. A save never makes such a
-/// file.
+/// The members are filled before a save and read after a load. Texts are kept as they are. The
+/// integers are indexes of the form's combo boxes. Nothing is checked and no failure is reported: a
+/// value that cannot be read takes its default, a file that cannot be written stays unchanged.
+/// Files of more than 4 MiB, and files for which containsSerializedObject() is true, are neither
+/// read nor written. A save that would make such a file is dropped.
 class setting_module : public QObject {
     Q_OBJECT
 

@@ -82,8 +82,8 @@ private slots:
                  QString("Настройки: TCP_RTU settings (*.TRset) Все файлы (*)"));
         QCOMPARE(files(), QStringList{"site.TRset"});
 
-        const QByteArray room = "\n[Site]\nRoom=\",=@Variant(5)\", @ByteArray(5)\n";
-        put(site, "[General]\nMASK=1\nOwner=@Valerie\n" + room); // with foreign keys
+        const QByteArray room = "\n[Site]\nRoom=\"a, b\", @ByteArray(5)\n";
+        put(site, "[General]\nMASK=1\nOwner=@Valerie\n" + room); // with unknown keys
         user->click("checkBox");
         user->enter("lineEdit_tcp_id", "17"); // "off" takes precedence
         user->trigger("action_save", site);
@@ -261,6 +261,10 @@ private slots:
             user->trigger("action_open_2", site);
             QCOMPARE(user->text("lineEdit_ip"), QString());
         }
+        put(site, others);
+        user->enter("lineEdit_ip", ",@Variant(5)"); // would make such a file
+        user->trigger("action_save", site);
+        QCOMPARE(contentOf(site), others);
     }
 
     void loadsDuringARead()
