@@ -77,13 +77,6 @@ bool write(QFileDevice &file, const QByteArray &content)
     return file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.flush();
 }
 
-/// Replaces the content of the file, or leaves the file unchanged. Returns whether it is replaced.
-bool replace(const QFileInfo &info, const QByteArray &content)
-{
-    QSaveFile file(info.filePath());
-    return write(file, content) && file.commit();
-}
-
 } // namespace
 
 setting_module::setting_module(QObject *parent)
@@ -158,7 +151,8 @@ void setting_module::SaveNTSetting(QString FileName)
     }
 }
 
-/// Writes the members to the copy and replaces the file by it. Returns false if either fails.
+/// Writes the members to the copy and replaces the file by it, or leaves the file unchanged.
+/// Returns whether it is replaced.
 bool setting_module::saveCopy(const QFileInfo &file)
 {
     for (const Key &key : keys) {
@@ -169,5 +163,6 @@ bool setting_module::saveCopy(const QFileInfo &file)
         return false;
     const std::optional<QByteArray> content = contentOf(QFileInfo(settings->fileName()));
     scratch.reset(); // makes room, if it is beside the file
-    return content && replace(file, *content);
+    QSaveFile target(file.filePath());
+    return content && write(target, *content) && target.commit();
 }
