@@ -10,32 +10,32 @@
 #include <QCommandLineParser>
 #include <QSocketNotifier>
 
-/// Accepts the options of all Qt programs, which QApplication reads itself.
-static void addOptionsOfQt(QCommandLineParser *parser)
-{
-    QList<QCommandLineOption> options{QCommandLineOption("reverse"), QCommandLineOption("nograb"),
-                                      QCommandLineOption("dograb")};
-    for (const char *name :
-         {"platform", "platformpluginpath", "platformtheme", "plugin", "style", "stylesheet",
-          "qwindowgeometry", "geometry", "qwindowicon", "icon", "qwindowtitle", "title", "session",
-          "display", "name", "visual", "qmljsdebugger"})
-        options.append(QCommandLineOption(name, {}, name));
-    for (QCommandLineOption &option : options)
-        option.setFlags(QCommandLineOption::HiddenFromHelp);
-    parser->addOptions(options);
-    parser->setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
-}
+#include <algorithm>
 
-/// Uses no QApplication, which aborts without a display: --help must work there too.
-static simulator::Options readOptions(int argc, char *argv[])
+static simulator::Options processOptions()
 {
-    const QCoreApplication application(argc, argv);
     QCommandLineParser parser;
     parser.setApplicationDescription(
         "Shows the configurator with a simulated module as the last port of its list.\n"
         "Accepts Qt's own options too, such as -platform and -style.");
-    addOptionsOfQt(&parser);
+    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions); // as Qt's own are
     return simulator::processOptions(parser);
+}
+
+/// Prints the options and exits, if that is asked for. Without an Application, which aborts if
+/// there is no display.
+static void processHelp(int argc, char *argv[])
+{
+    const auto isHelp = [](const char *argument) {
+        return qstrcmp(argument, "-h") == 0 || qstrcmp(argument, "--help") == 0;
+    };
+    char **const help = std::find_if(argv, argv + argc, isHelp);
+    if (help == argv + argc)
+        return;
+    char *withoutQtOptions[] = {argv[0], *help, nullptr};
+    int count = 2;
+    const QCoreApplication application(count, withoutQtOptions);
+    processOptions();
 }
 
 /// Adds a port to the window's list and selects it, now and after each refresh.
@@ -54,12 +54,12 @@ static void offerPort(MainWindow *window, const QString &port)
 
 int main(int argc, char *argv[])
 {
-    const simulator::Options options = readOptions(argc, argv);
+    processHelp(argc, argv);
     // Before the application starts threads.
     const int terminationFd = simulator::openTerminationFd();
 
     Application application(argc, argv);
-    simulator::SimulatedModule module(options);
+    simulator::SimulatedModule module(processOptions());
 
     QSocketNotifier notifier(terminationFd, QSocketNotifier::Read);
     QObject::connect(&notifier, &QSocketNotifier::activated, &application, &Application::quit);
