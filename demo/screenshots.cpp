@@ -79,8 +79,8 @@ public:
         waitFor("end of the read", [this] { return text("scan_parameters") == text::scan; });
     }
     void capture(const QString &name) { save(framed(&window), name); }
-    /// Runs the function that opens a box and captures the box, with the window behind it if its
-    /// marks matter.
+    /// Calls act(), which opens a box, and captures that box; with inWindow, in front of the
+    /// window.
     void captureBox(const QString &name, const std::function<void()> &act, bool inWindow = false)
     {
         boxName = name;
@@ -114,50 +114,50 @@ private:
 
 void captureWindow(ModuleKind kind, const QString &name)
 {
-    ScreenshotTaker user(kind);
-    user.connect();
-    user.read();
-    user.capture(name);
+    ScreenshotTaker taker(kind);
+    taker.connect();
+    taker.read();
+    taker.capture(name);
 }
 
 void captureReading()
 {
-    ScreenshotTaker user(ModuleKind::Universal);
-    user.module.faults.answers["SPEED RS485"] = "14400";
-    user.connect();
-    user.start("scan_parameters");
-    user.waitFor("reply", [&] { return user.mark("lineEdit_timewait") == mark::green; });
-    user.capture("reading");
+    ScreenshotTaker taker(ModuleKind::Universal);
+    taker.module.faults.answers["SPEED RS485"] = "14400";
+    taker.connect();
+    taker.start("scan_parameters");
+    taker.waitFor("reply", [&] { return taker.mark("lineEdit_timewait") == mark::green; });
+    taker.capture("reading");
 }
 
 void capturePlainBoxes()
 {
-    ScreenshotTaker user(ModuleKind::Universal);
-    user.module.send("\r\n");
-    user.captureBox("box-empty-delivery", [&] { user.connect(); });
-    user.captureBox("box-factory-reset", [&] { user.click("reset_allparameters"); });
-    user.captureBox("box-port-lost", [&] { user.module.hangUp(); });
-    user.captureBox("box-no-file", [&] { user.trigger("action"); });
-    user.ports()->clear();
-    user.captureBox("box-access-denied", [&] { user.click("connect"); });
+    ScreenshotTaker taker(ModuleKind::Universal);
+    taker.module.send("\r\n");
+    taker.captureBox("box-empty-delivery", [&] { taker.connect(); });
+    taker.captureBox("box-factory-reset", [&] { taker.click("reset_allparameters"); });
+    taker.captureBox("box-port-lost", [&] { taker.module.hangUp(); });
+    taker.captureBox("box-no-file", [&] { taker.trigger("action"); });
+    taker.ports()->clear();
+    taker.captureBox("box-access-denied", [&] { taker.click("connect"); });
 }
 
 void captureNoConnectionBox()
 {
-    ScreenshotTaker user(ModuleKind::Universal);
-    user.module.faults.silent = true;
-    user.connect();
-    user.captureBox("box-no-connection", [&] { user.start("scan_parameters"); });
+    ScreenshotTaker taker(ModuleKind::Universal);
+    taker.module.faults.silent = true;
+    taker.connect();
+    taker.captureBox("box-no-connection", [&] { taker.start("scan_parameters"); });
 }
 
 void captureWriteBox(const QString &tcpPort, const QString &name)
 {
-    ScreenshotTaker user(ModuleKind::Universal);
-    user.connect();
-    user.read();
-    user.enter("lineEdit_portTCP", tcpPort);
-    const auto write = [&] { user.start("applyButton"); };
-    user.captureBox(name, write, true);
+    ScreenshotTaker taker(ModuleKind::Universal);
+    taker.connect();
+    taker.read();
+    taker.enter("lineEdit_portTCP", tcpPort);
+    const auto write = [&] { taker.start("applyButton"); };
+    taker.captureBox(name, write, true);
 }
 
 } // namespace
@@ -168,8 +168,7 @@ int main(int argc, char *argv[])
     // The same screenshots on every computer.
     Application::setStyle("Fusion");
     Application::setFont(QFont("Liberation Sans", 10));
-    // The debug output of the window is not needed.
-    QLoggingCategory::setFilterRules("default.debug=false");
+    QLoggingCategory::setFilterRules("default.debug=false\ndefault.warning=false");
     try {
         if (argc != 2)
             throw std::runtime_error("takes the folder for the pictures");
