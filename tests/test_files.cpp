@@ -11,7 +11,9 @@
 
 #include <memory>
 
+#include <linux/capability.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 static void put(const QString &path, const QByteArray &content)
@@ -21,16 +23,17 @@ static void put(const QString &path, const QByteArray &content)
         qFatal("cannot write %s", qPrintable(path));
 }
 
-/// Makes the folder read-only, or writable again. Modes do not restrict root, so root becomes
-/// another user meanwhile.
+/// Makes the folder read-only, or writable again. Modes restrict root only without this capability.
 static void protect(const QByteArray &folder, bool on)
 {
-    constexpr uid_t nobody = 65534;
-    if (getuid() == 0 && !on && seteuid(0) != 0)
-        qFatal("cannot be root again");
-    chmod(folder, on ? 0555 : 0700);
-    if (getuid() == 0 && on && seteuid(nobody) != 0)
-        qFatal("cannot be nobody");
+    __user_cap_header_struct process{_LINUX_CAPABILITY_VERSION_3, 0};
+    __user_cap_data_struct sets[_LINUX_CAPABILITY_U32S_3];
+    syscall(SYS_capget, &process, sets);
+    __user_cap_data_struct &set = sets[CAP_TO_INDEX(CAP_DAC_OVERRIDE)];
+    const __u32 bit = CAP_TO_MASK(CAP_DAC_OVERRIDE);
+    set.effective = on ? set.effective & ~bit : set.effective | (set.permitted & bit);
+    if (syscall(SYS_capset, &process, sets) != 0 || chmod(folder, on ? 0555 : 0700) != 0)
+        qFatal("cannot protect %s", folder.constData());
 }
 
 class TestFiles : public QObject {
