@@ -1,4 +1,5 @@
-// Linked into a program, prints the time from its start to the first frame of its window, in ms.
+// Linked into a program, prints the time from its start to the first frame of its window, in ms,
+// and the version of Qt.
 //
 // The first argument is the time just before the start, in seconds since the epoch, because that is
 // the only precise clock that a shell can read without starting a program. The program exits after
@@ -19,7 +20,7 @@ void report()
     using Milliseconds = std::chrono::duration<double, std::milli>;
     const Milliseconds now = std::chrono::system_clock::now().time_since_epoch();
     const QStringList given = QCoreApplication::arguments();
-    std::printf("%.3f\n", now.count() - given.value(1).toDouble() * 1000);
+    std::printf("%.3f %s\n", now.count() - given.value(1).toDouble() * 1000, qVersion());
     std::fflush(stdout);
     // Exit at once, because destroying the window would be measured as well.
     if (given.value(2) != "stay")
