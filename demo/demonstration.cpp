@@ -83,6 +83,8 @@ Demonstrator::Demonstrator(const simulator::Options &options, const QDir &pictur
             abortWait("unexpected message box \"" + boxes.last() + '"');
     };
     window.show();
+    // The list of ports keeps its present width, however long the path of the module's is.
+    Application::processEvents();
 }
 
 bool Demonstrator::demonstrate()
@@ -164,11 +166,11 @@ void Demonstrator::run(const QString &button, const QString &finalLabel, const Q
     click(button);
     setTick(tickMs);
     const QString middle = fields[fields.size() / 2].name;
-    waitFor(
-        "mark", [&] { return !mark(middle).isEmpty(); }, 60000);
+    const auto isOver = [&] { return text(button) == finalLabel; };
+    const auto isHalfway = [&] { return isOver() || !mark(middle).isEmpty(); };
+    waitFor("mark", isHalfway, 60000);
     takeScreenshot(screenshot);
-    waitFor(
-        "end", [&] { return text(button) == finalLabel; }, 60000);
+    waitFor("end", isOver, 60000);
 }
 
 QStringList Demonstrator::values()
