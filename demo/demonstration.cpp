@@ -240,7 +240,7 @@ int main(int argc, char *argv[])
         QObject::connect(&notifier, &QSocketNotifier::activated, &demonstrator,
                          [&] { demonstrator.abortWait("terminated by a signal"); });
         return demonstrator.demonstrate() ? 0 : 1;
-    } catch (const std::runtime_error &error) {
+    } catch (const std::exception &error) {
         print(QString("FAILED: ") + error.what());
         return 1;
     }
