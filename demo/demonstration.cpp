@@ -16,6 +16,7 @@
 
 #include <cstdio>
 #include <stdexcept>
+#include <utility>
 
 namespace {
 
@@ -98,7 +99,7 @@ bool Demonstrator::demonstrate()
     const QStringList before = values();
 
     say("writing new values, one every two seconds");
-    for (const Field &field : qAsConst(fields)) {
+    for (const Field &field : std::as_const(fields)) {
         if (!field.newValue.isEmpty())
             enter(field.name, field.newValue);
     }
@@ -176,7 +177,7 @@ void Demonstrator::run(const QString &button, const QString &finalLabel, const Q
 QStringList Demonstrator::values()
 {
     QStringList values;
-    for (const Field &field : qAsConst(fields))
+    for (const Field &field : std::as_const(fields))
         values.append(text(field.name));
     return values;
 }
