@@ -40,12 +40,16 @@ Application::Application(int &argc, char **argv)
     : QApplication(prepare(argc), argv)
 {
     QPalette palette(QColor("#eeeeee"), QColor("#f5f5f5"));
-    // Lighter than editable text. Its contrast is at least 4.5 on every mark but the red one, on
-    // which only black reaches that and which disabled fields rarely have.
+    // Values that are only shown are lighter than editable ones. Their contrast ratio is at least
+    // 4.5:1 on every mark except red. Only black would reach that on red, and a disabled field is
+    // rarely marked red.
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
         palette.setColor(QPalette::Disabled, role, "#555555");
     // The style sheet highlights selected text in a light colour as well.
     palette.setColor(QPalette::Highlight, "#9cc9f0");
     palette.setColor(QPalette::HighlightedText, Qt::black);
     setPalette(palette);
+    // A disabled button is told from an enabled one at a glance.
+    palette.setColor(QPalette::Disabled, QPalette::ButtonText, "#808080");
+    setPalette(palette, "QPushButton");
 }

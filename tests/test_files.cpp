@@ -73,6 +73,39 @@ private slots:
         user = std::make_unique<WindowFixture>(Kind::TcpRtu);
     }
 
+    /// The first test, because only the first dialog of a program begins in the current folder.
+    void dialogsListSettingsFiles()
+    {
+        put(site, others);
+        put("settingsFolder.txt", "");
+        const QStringList expected{"site.TRset", "settingsFolder.txt site.TRset"};
+        QStringList seen;
+        const auto look = [&] {
+            auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+            auto *list = dialog->findChild<QListView *>("listView");
+            const auto isListed = [&] { // later, because a thread lists the files
+                QStringList names;
+                for (int row = 0; row < list->model()->rowCount(list->rootIndex()); ++row)
+                    names += list->model()->index(row, 0, list->rootIndex()).data().toString();
+                return names.join(' ') == expected[seen.size() % 2];
+            };
+            for (const QString &filter : dialog->nameFilters()) {
+                dialog->selectNameFilter(filter);
+                seen += user->waitUntil(isListed, 5000) ? expected[seen.size() % 2] : "others";
+            }
+            user->leavesDialogsOpen = false;
+            dialog->reject();
+        };
+        for (const char *action : {"action_save", "action_open_2"}) {
+            user->leavesDialogsOpen = true;
+            QTimer::singleShot(0, look);
+            user->trigger(action);
+            COMPARE(user->fileDialogs.last(),
+                    "Настройки: TCP_RTU settings (*.TRset) Все файлы (*): " + QDir::currentPath());
+        }
+        COMPARE(seen, expected + expected);
+    }
+
     void savesTheForm()
     {
         for (const char *temporaryFiles : {"/proc", "/proc", "/tmp"}) { // a new file, then over it
@@ -81,8 +114,6 @@ private slots:
             qunsetenv("TMPDIR");
             QCOMPARE(contentOf(site), defaults);
         }
-        QCOMPARE(user->fileDialogs.last(),
-                 QString("Настройки: TCP_RTU settings (*.TRset) Все файлы (*)"));
         QCOMPARE(files(), QStringList{"site.TRset"});
 
         const QByteArray room = "\n[Site]\nRoom=\"a, b\", @ByteArray(5)\n";
@@ -101,7 +132,7 @@ private slots:
     void loadsAFile_data()
     {
         QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<QByteArray>("form");
+        QTest::addColumn<QByteArray>("expected");
         for (const QByteArrayList &row : tableOf("files.txt")) {
             const QByteArray content =
                 row[0].endsWith(".TRset") ? contentOf(TEST_DATA + row[0]) : row[0];
@@ -110,24 +141,29 @@ private slots:
         QTest::newRow("Latin-1") << QByteArray("IP_ADRESS=\xe9.")
                                  << "Modbus TCP-RTU |lineEdit_ip="
                 + QByteArray(QT_VERSION < QT_VERSION_CHECK(6, 0, 0) ? "é." : "\xef\xbf\xbd.");
+        QTest::newRow("4 MiB") << QByteArray("IP_ADRESS=1").leftJustified(1 << 22, '\n')
+                               << QByteArray("Modbus TCP-RTU |lineEdit_ip=1");
     }
 
     void loadsAFile()
     {
         QFETCH(QByteArray, content);
+        QFETCH(QByteArray, expected);
         user->markAll();
         for (const QByteArray &file : {others, defaults, content}) {
             put(site, file);
             user->trigger("action_open_2", site);
         }
-        QTEST(form().toUtf8(), "form");
+        COMPARE(form().toUtf8().split('|'), expected.split('|'));
         const bool off = form().endsWith("|off");
-        const QString lilacFromFile = "background-color: #f5edff;";
         QCOMPARE(user->isEnabled("lineEdit_tcp_id"), !off);
-        QCOMPARE(user->mark("lineEdit_tcp_id"), off ? lilacFromFile : "");
-        QCOMPARE(user->mark("lineEdit_MAC"), lilacFromFile);
-        QCOMPARE(user->marked(lilac), QStringList{"lineEdit_version"});
-        QCOMPARE(user->marked(green).size(), 12);
+        QStringList green = fieldsOf(Kind::Universal);
+        for (const char *field : {"lineEdit_version", "lineEdit_MAC", "lineEdit_tcp_id"})
+            green.removeAll(field);
+        COMPARE(user->marked("green"), green);
+        COMPARE(user->marked("lilac"), QStringList{"lineEdit_version"});
+        COMPARE(user->marked("lilac from file").join(' '),
+                off ? "lineEdit_MAC lineEdit_tcp_id" : "lineEdit_MAC");
         const QString address = user->text("lineEdit_ip"); // whatever it is, it survives a save
         user->trigger("action_save", site);
         user->trigger("action_open_2", site);
@@ -138,7 +174,7 @@ private slots:
     void remembersTheChosenFile()
     {
         user->trigger("action"); // no file chosen yet
-        QCOMPARE(user->boxes, QStringList{box::noFile});
+        COMPARE(user->boxes, QStringList{user->known("no file")});
         put(site, others);
         user->trigger("action_open_2", site);
         QCOMPARE(user->text("action"), "Текущий файл (" + site + ")");
@@ -158,38 +194,10 @@ private slots:
         QCOMPARE(user->text("action"), QString("Текущий файл ()"));
         user->trigger("action");
         user->trigger("action_save"); // cancelled
-        QCOMPARE(user->boxes, (QStringList{box::noFile, box::noFile, box::noFile}));
+        QCOMPARE(user->boxes.count(user->known("no file")), 3);
+        QCOMPARE(user->boxes.size(), 3);
         QCOMPARE(user->text("lineEdit_ip"), QString("1.2.3.4"));
         QCOMPARE(files(), QStringList{"copy.TRset"});
-    }
-
-    void dialogsListSettingsFiles()
-    {
-        put(site, others);
-        put("settingsFolder.txt", "");
-        const QStringList expected{"site.TRset", "settingsFolder.txt site.TRset"};
-        QStringList seen;
-        const auto look = [&] {
-            auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
-            auto *list = dialog->findChild<QListView *>("listView");
-            dialog->setDirectory(QDir::current());
-            const auto isListed = [&] { // later, because a thread lists the files
-                QStringList names;
-                for (int row = 0; row < list->model()->rowCount(list->rootIndex()); ++row)
-                    names += list->model()->index(row, 0, list->rootIndex()).data().toString();
-                return names.join(' ') == expected[seen.size()];
-            };
-            for (const QString &filter : dialog->nameFilters()) {
-                dialog->selectNameFilter(filter);
-                seen += user->waitUntil(isListed, 5000) ? expected[seen.size()] : "others";
-            }
-            user->leavesDialogsOpen = false;
-            dialog->reject();
-        };
-        user->leavesDialogsOpen = true;
-        QTimer::singleShot(0, look);
-        user->trigger("action_save");
-        QCOMPARE(seen, expected);
     }
 
     void leavesUnwritableTargetsAlone()

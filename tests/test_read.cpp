@@ -16,43 +16,50 @@ private slots:
         QStringList lilacFields{"lineEdit_version", "lineEdit_MAC"};
         for (const bool withTick :
              {false, true}) { // each reply arrives together with the next tick
-            if (withTick && universal) {
-                parameters.last().onLine = "off"; // the slave id
-                parameters.last().inForm.clear();
-                lilacFields.append(parameters.last().widget);
+            for (ParameterCase &parameter : parameters) {
+                if (withTick && parameter.widget == "lineEdit_tcp_id") {
+                    parameter.onLine = "off";
+                    parameter.inForm.clear();
+                    lilacFields.append(parameter.widget);
+                }
             }
             WindowFixture user(kind);
             user.connectAndFillForm();
             user.start("scan_parameters");
-            QCOMPARE(user.state(), state::reading);
-            const QString others = "comboBox_mode lineEdit_version lineEdit_timewait "
-                                   "lineEdit_rtu_virtual_id lineEdit_tcp_id";
-            QCOMPARE(user.filled().join(' '), universal ? "" : others);
+            COMPARE(user.state(), user.known("reading"));
+            COMPARE(user.filled().join(' '), universal ? "" : expand("<universal>", kind));
 
             user.tick();
             for (const ParameterCase &parameter : parameters) {
                 QTRY_COMPARE(user.commands.value(user.commands.size() - 1), parameter.query);
+                const QString label = parameter.widget + ": ";
+                if (!withTick && parameter.widget.startsWith("lineEdit")) {
+                    const QByteArray digits = "0123456789abcdefghij";
+                    QVERIFY(user.deliver(simulator::queryReply(parameter.query, digits)));
+                    QCOMPARE(user.shown(parameter.widget),
+                             label + digits.left(parameter.width) + ", green");
+                }
                 const QByteArray reply = simulator::queryReply(parameter.query, parameter.onLine);
                 QVERIFY(withTick ? user.deliverWithTick(reply) : user.deliver(reply));
-                QCOMPARE(user.text(parameter.widget), parameter.inForm);
-                if (user.activeTimer()) // otherwise the last reply came with the last tick
-                    QCOMPARE(user.mark(parameter.widget), green);
+                // If the last reply came with the last tick, its mark is removed already.
+                const QString mark = user.activeTimer() ? "green" : user.markOf(parameter.widget);
+                COMPARE(user.shown(parameter.widget), label + parameter.inForm + ", " + mark);
                 if (!withTick)
                     user.tick();
             }
-            QCOMPARE(user.state(), state::connected);
-            QCOMPARE(user.boxes, QStringList());
+            COMPARE(user.state(), user.known("connected"));
+            COMPARE(user.boxes, QStringList());
             QCOMPARE(user.commands.size(), parameters.size());
-            QCOMPARE(user.marked(), universal ? lilacFields : QStringList());
-            QCOMPARE(user.marked(lilac), user.marked());
+            COMPARE(user.marked(), universal ? lilacFields : QStringList());
+            COMPARE(user.marked("lilac"), user.marked());
             QCOMPARE(user.text("checkBox") == "checked", withTick && universal);
         }
     }
 
-    void clientListBeginsWithTheServerList()
+    void rtuTcpListBeginsWithTheTcpRtuList()
     {
-        const auto server = readList(ModuleKind::TcpRtu);
-        QCOMPARE(readList(ModuleKind::RtuTcp).mid(0, server.size()), server);
+        const auto tcpRtu = readList(ModuleKind::TcpRtu);
+        QCOMPARE(readList(ModuleKind::RtuTcp).mid(0, tcpRtu.size()), tcpRtu);
     }
 
     void connectionTestUsesTheLastReply()
@@ -62,13 +69,13 @@ private slots:
         QVERIFY(user.deliver("?"));
         user.start("scan_parameters");
         user.tick(2);
-        QCOMPARE(user.state(), state::reading);
+        COMPARE(user.state(), user.known("reading"));
         QVERIFY(user.deliver("\r"));
-        QTRY_COMPARE(user.boxes, QStringList{box::emptyDelivery});
+        TRY_COMPARE(user.boxes, QStringList{user.known("empty delivery")});
         user.click("scan_parameters");
         user.start("scan_parameters");
         user.tick(2);
-        QCOMPARE(user.boxes.last(), box::noConnection.arg(nameOf(Kind::Universal)));
+        COMPARE(user.boxes.last(), user.known("no connection"));
     }
 
     void parsesReplies_data() { addRowsOf("replies.txt"); }
@@ -88,22 +95,21 @@ private slots:
                 widget = parameter.widget;
             }
         }
-        QCOMPARE(user.state(), state::reading);
+        COMPARE(user.state(), user.known("reading"));
         const QStringList before = user.marked();
 
-        const QMap<QString, QString> otherMarks{{"red", red}, {"lilac", lilac}};
         for (const QByteArray &reply : row.mid(1)) {
             const auto arrow = reply.indexOf('>');
-            const QString shown = reply.mid(arrow + 1);
-            const QString previous = user.text(widget);
+            const QString result = reply.mid(arrow + 1);
+            const bool isMark = result == "red" || result == "lilac";
+            const QString shown = isMark ? user.text(widget) + ", " + result : result + ", green";
             QVERIFY(user.deliver(reply.left(arrow)));
-            QCOMPARE(user.text(widget), otherMarks.contains(shown) ? previous : shown);
-            QCOMPARE(user.mark(widget), otherMarks.value(shown, green));
+            COMPARE(user.shown(widget), widget + ": " + shown);
             QCOMPARE(user.text("checkBox") == "checked", reply.contains("off"));
             QCOMPARE(user.isEnabled("lineEdit_tcp_id"), !reply.contains("off"));
         }
         user.find<QWidget>(widget)->setStyleSheet("");
-        QCOMPARE(user.marked(), before);
+        COMPARE(user.marked(), before);
     }
 
     void keepsReadingBehindEmptyDeliveryBoxes()
@@ -134,7 +140,7 @@ private slots:
         QVERIFY(user.deliver("\r\n"));
         QTRY_COMPARE(user.boxes.size(), maxBoxes);
         QTRY_VERIFY(!QApplication::activeModalWidget());
-        QCOMPARE(user.boxes.count(box::emptyDelivery), maxBoxes);
+        QCOMPARE(user.boxes.count(user.known("empty delivery")), maxBoxes);
     }
 };
 

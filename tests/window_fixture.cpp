@@ -57,8 +57,12 @@ void addRowsOf(const QString &file)
     QTest::addColumn<Kind>("kind");
     QTest::addColumn<QByteArrayList>("row");
     for (const Kind kind : allKinds) {
-        for (const QByteArrayList &row : rowsOf(file, kind))
-            QTest::newRow(nameOf(kind).toUtf8() + ' ' + row[0] + ' ' + row[1]) << kind << row;
+        for (QByteArrayList row : rowsOf(file, kind)) {
+            const QByteArray name = nameOf(kind).toUtf8() + ' ' + row[0] + ' ' + row[1];
+            for (QByteArray &cell : row)
+                cell = expand(cell, kind);
+            QTest::newRow(name) << kind << row;
+        }
     }
 }
 
@@ -66,10 +70,18 @@ QVector<ParameterCase> parametersOf(Kind kind, bool displayOnlyToo)
 {
     QVector<ParameterCase> parameters;
     for (const QByteArrayList &row : rowsOf("parameters.txt", kind)) {
-        if (displayOnlyToo || !row[4].isEmpty())
-            parameters.append({row[0], row[1], row[2], row[3], row[4]});
+        if (displayOnlyToo || !row[5].isEmpty())
+            parameters.append({row[0], row[1], row[2], row[3], row[4].toInt(), row[5], row[6]});
     }
     return parameters;
+}
+
+QStringList fieldsOf(Kind kind)
+{
+    QStringList fields;
+    for (const ParameterCase &parameter : parametersOf(kind))
+        fields.append(parameter.widget);
+    return fields;
 }
 
 QByteArrayList writeCommandsOf(Kind kind)
@@ -83,6 +95,20 @@ QByteArrayList writeCommandsOf(Kind kind)
 QByteArray acknowledgementOf(Kind kind)
 {
     return kind == Kind::Universal ? "ok" : "OK";
+}
+
+QByteArray expand(QByteArray text, Kind kind)
+{
+    for (const QByteArrayList &row : tableOf("texts.txt"))
+        text.replace('<' + row[0] + '>', row[1]);
+    const QStringList all = fieldsOf(Kind::Universal);
+    QStringList universal = all;
+    for (const QString &field : fieldsOf(Kind::RtuTcp))
+        universal.removeAll(field);
+    return text.replace("<kind>", nameOf(kind).toUtf8())
+        .replace("<ok>", acknowledgementOf(kind))
+        .replace("<all>", all.join(' ').toUtf8())
+        .replace("<universal>", universal.join(' ').toUtf8());
 }
 
 static constexpr int limitMs = 5000;
@@ -122,11 +148,12 @@ QString WindowFixture::state()
     }
     if (find<QWidget>("statusbar")->findChild<QTimer *>())
         state.append("a status that does not stay");
-    const bool linked = text("connect") == "Отсоединиться";
-    const QStringList forALink{"scan_parameters", "applyButton", "Reset", "reset_allparameters"};
+    const bool connected = text("connect") == "Отсоединиться";
+    const QStringList enabledWhenConnected{"scan_parameters", "applyButton", "Reset",
+                                           "reset_allparameters"};
     for (const QString &name :
-         forALink + QStringList{"conbox0", "serialPortInfoListBox", "scanport"}) {
-        if (isEnabled(name) != (linked == forALink.contains(name)))
+         enabledWhenConnected + QStringList{"conbox0", "serialPortInfoListBox", "scanport"}) {
+        if (isEnabled(name) != (connected == enabledWhenConnected.contains(name)))
             state.append(name);
     }
     return state.join(", ");
@@ -138,16 +165,31 @@ QTimer *WindowFixture::activeTimer()
     return timer == timers.end() ? nullptr : *timer;
 }
 
-void WindowFixture::markAll()
+QString WindowFixture::known(const QByteArray &name) const
 {
-    for (const ParameterCase &parameter : parametersOf(Kind::Universal))
-        find<QWidget>(parameter.widget)->setStyleSheet(green);
+    return expand('<' + name + '>', module.kind());
 }
 
-QStringList WindowFixture::marked(const QString &styleSheet)
+QString WindowFixture::markOf(const QString &field)
+{
+    return marks.key(mark(field), mark(field));
+}
+
+QString WindowFixture::shown(const QString &field)
+{
+    return field + ": " + text(field) + ", " + markOf(field);
+}
+
+void WindowFixture::markAll()
+{
+    for (const QString &field : fieldsOf(Kind::Universal))
+        find<QWidget>(field)->setStyleSheet(marks["green"]);
+}
+
+QStringList WindowFixture::marked(const QString &mark)
 {
     return fieldsWhere([&](const QString &field) {
-        return styleSheet.isEmpty() ? !mark(field).isEmpty() : mark(field) == styleSheet;
+        return mark.isEmpty() ? !markOf(field).isEmpty() : markOf(field) == mark;
     });
 }
 
@@ -158,11 +200,8 @@ QStringList WindowFixture::filled()
 
 QStringList WindowFixture::fieldsWhere(const std::function<bool(const QString &)> &holds)
 {
-    QStringList fields;
-    for (const ParameterCase &parameter : parametersOf(Kind::Universal)) {
-        if (holds(parameter.widget))
-            fields.append(parameter.widget);
-    }
+    QStringList fields = fieldsOf(Kind::Universal);
+    fields.erase(std::remove_if(fields.begin(), fields.end(), std::not_fn(holds)), fields.end());
     return fields;
 }
 

@@ -29,7 +29,33 @@ QByteArray contentOf(const QString &path);
 QList<QByteArrayList> tableOf(const QString &file);
 /// The rows whose first cell contains the number of the kind, without that cell.
 QList<QByteArrayList> rowsOf(const QString &file, Kind kind);
-void addRowsOf(const QString &file); ///< adds a test row for each, with columns "kind" and "row"
+void addRowsOf(
+    const QString &file); ///< adds a test row for each, with columns "kind" and "row", expanded
+
+inline QByteArray printable(const QString &text)
+{
+    return text.toUtf8();
+}
+inline QByteArray printable(const QStringList &list)
+{
+    return list.join(" | ").toUtf8();
+}
+inline QByteArray printable(const QByteArrayList &list)
+{
+    return list.join(" | ");
+}
+// NOLINTBEGIN(cppcoreguidelines-macro-usage)
+/// QCOMPARE for lists, which it does not print, and for Russian texts, which it escapes and cuts.
+#define COMPARE(actual, expected)                                                                  \
+    do {                                                                                           \
+        const auto is = actual;                                                                    \
+        const auto shouldBe = expected;                                                            \
+        QVERIFY2(is == shouldBe, printable(is) + "\nexpected: " + printable(shouldBe));            \
+    } while (false)
+/// The same, but waits for it.
+#define TRY_COMPARE(actual, expected)                                                              \
+    QTRY_VERIFY2((actual) == (expected), printable(actual) + "\nexpected: " + printable(expected))
+// NOLINTEND(cppcoreguidelines-macro-usage)
 
 /// A parameter with a value, as in the form and on the line; see data/parameters.txt.
 struct ParameterCase {
@@ -37,42 +63,26 @@ struct ParameterCase {
     QString inForm;
     QByteArray query;
     QByteArray onLine;
-    QByteArray command; ///< empty if it is display-only
+    int width;             ///< 0 for a combo box
+    QByteArray command;    ///< empty if it is display-only
+    QByteArray exceptions; ///< of its write
 };
 /// In the order in which they are read and written.
 QVector<ParameterCase> parametersOf(Kind kind, bool displayOnlyToo = true);
+QStringList fieldsOf(Kind kind);           ///< names of the widgets
 QByteArrayList writeCommandsOf(Kind kind); ///< the commands of a complete write, with the restart
 QByteArray acknowledgementOf(Kind kind);
 
-/// Style sheets of the marks.
-inline const QString green = "background-color:  #90ee90;";
-inline const QString red = "background-color: #FF2400";
-inline const QString lilac = "background-color:  #f5edff;";
+/// Style sheets by mark.
+inline const QMap<QString, QString> marks{{"", ""},
+                                          {"green", "background-color:  #90ee90;"},
+                                          {"red", "background-color: #FF2400"},
+                                          {"lilac", "background-color:  #f5edff;"},
+                                          {"lilac from file", "background-color: #f5edff;"}};
 
-/// WindowFixture::state() of a consistent window.
-namespace state {
-inline const QString connected = "Connected, Отсоединиться, Сканировать, Запись параметры";
-inline const QString disconnected = "Disconnected, Cоединиться, Сканировать, Запись параметры";
-inline const QString reading =
-    "Connected, Отсоединиться, Стоп сканирования, Запись параметры, read";
-inline const QString writing = "Connected, Отсоединиться, Сканировать, Остановить запись, write";
-} // namespace state
-
-/// All message boxes of the program, as UiDriver::boxes lists them; %1 is the name of the kind.
-namespace box {
-inline const QString portDenied = "Critical: Отказано в доступе: Ошибка соединения";
-inline const QString portLost = "Critical: Critical Error: Ошибка соединения";
-inline const QString emptyDelivery = "Critical: нет соединения с модуля: Ошибка соединения";
-inline const QString refused = "Critical: Ошибка: <FONT COLOR='#800000'> Ошибка записи </FONT>";
-inline const QString refusedTightly =
-    "Critical: Ошибка: <FONT COLOR='#800000'>Ошибка записи </FONT>";
-inline const QString noFile = "Critical: Ошибка: Файл конфигурации не выбран";
-inline const QString factoryReset =
-    "NoIcon: Сброс: Вы действительно хотите cбросить к заводским настройкам?";
-inline const QString noConnection = "Critical: Ошибка соединения: нет соединения с модулем %1";
-inline const QString success = "Information: Результы изменения: <FONT COLOR='#008000'>Изменение "
-                               "параметров %1 было успешно</FONT>";
-} // namespace box
+/// Replaces each <name> by the text in data/texts.txt, <ok> by the acknowledgement, <all> and
+/// <universal> by the names of all fields and of those that only the universal kind has.
+QByteArray expand(QByteArray text, Kind kind);
 
 /// A window with a simulated module at its port, whose ticks the test triggers.
 class WindowFixture : public UiDriver {
@@ -85,10 +95,13 @@ public:
     /// The status, the texts of the three buttons, "read" or "write" for each active sequence, and
     /// each control whose enabled state does not match the connection.
     QString state();
-    QTimer *activeTimer(); ///< of the running sequence, or nullptr
-    void markAll();        ///< marks all fields green
+    QString known(const QByteArray &name) const; ///< a text of data/texts.txt
+    QString markOf(const QString &field);        ///< a key of marks
+    QString shown(const QString &field);         ///< "name: value, mark"
+    QTimer *activeTimer();                       ///< of the running sequence, or nullptr
+    void markAll();                              ///< marks all fields green
     /// Names of the fields of all kinds with this mark, or with any mark.
-    QStringList marked(const QString &styleSheet = QString());
+    QStringList marked(const QString &mark = QString());
     QStringList filled(); ///< names of the fields that are not empty
 
     void start(const QString &button); ///< starts a sequence that ticks by tick() only

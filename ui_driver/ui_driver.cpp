@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFileDialog>
 #include <QKeyEvent>
@@ -66,7 +67,7 @@ QString UiDriver::text(const QString &name)
 {
     auto *object = find<QObject>(name);
     if (auto *combo = qobject_cast<QComboBox *>(object))
-        return combo->currentText();
+        return combo->currentIndex() < 0 ? "(no item)" : combo->currentText();
     if (auto *check = qobject_cast<QCheckBox *>(object))
         return check->isChecked() ? "checked" : "unchecked";
     if (auto *status = qobject_cast<QStatusBar *>(object))
@@ -147,7 +148,8 @@ void UiDriver::pollDialogs()
         return;
     dialog->setProperty("seen", true);
     if (auto *fileDialog = qobject_cast<QFileDialog *>(dialog)) {
-        fileDialogs.append(fileDialog->windowTitle() + ": " + fileDialog->nameFilters().join(' '));
+        fileDialogs.append(fileDialog->windowTitle() + ": " + fileDialog->nameFilters().join(' ')
+                           + ": " + fileDialog->directory().path());
         if (!leavesDialogsOpen && !answer(fileDialog, nextPath))
             abortWait("the file dialog does not take " + nextPath);
         return;
@@ -158,6 +160,10 @@ void UiDriver::pollDialogs()
     if (!button) {
         const char *icon = QMetaEnum::fromType<QMessageBox::Icon>().valueToKey(box->icon());
         boxes.append(QString("%1: %2: %3").arg(icon, box->windowTitle(), box->text()));
+        if (box->parent() != &window)
+            boxes.last() += " (no parent)";
+        if (box->windowIcon().availableSizes() != window.windowIcon().availableSizes())
+            boxes.last() += " (no icon)";
         if (onBox)
             onBox(box);
         for (QAbstractButton *candidate : box->buttons()) {
@@ -167,11 +173,15 @@ void UiDriver::pollDialogs()
     }
     if (leavesDialogsOpen)
         return;
-    QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
-    if (button)
+    if (button) {
         button->click();
-    else if (boxAnswer == "Esc" && QCoreApplication::sendEvent(box, &escape) && box->isVisible())
-        boxes.append("does not take Esc");
+    } else if (boxAnswer == "Esc" || boxAnswer == "Enter") {
+        const int key = boxAnswer == "Esc" ? Qt::Key_Escape : Qt::Key_Enter;
+        QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier);
+        QCoreApplication::sendEvent(box, &press);
+        if (box->isVisible())
+            boxes.append("does not take " + boxAnswer);
+    }
     if (box->isVisible())
         box->accept();
 }

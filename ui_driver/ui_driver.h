@@ -10,8 +10,8 @@
 class QFileDialog;
 class QMessageBox;
 
-/// Operates the window as a person does: finds widgets by object name, clicks, types, reads, waits,
-/// closes message boxes and answers file dialogs.
+/// Operates the window through its widgets, found by object name: clicks, enters values, reads,
+/// waits, closes message boxes and answers file dialogs.
 ///
 /// Throws std::runtime_error if a widget does not exist or an expected event does not occur.
 class UiDriver : public QObject {
@@ -35,7 +35,8 @@ public:
     /// "checked" or "unchecked".
     void enter(const QString &field, const QString &value);
 
-    /// The text of a button, label or status bar; of a field, the value as enter() takes it.
+    /// The text of a button, label or status bar; of a field, the value as enter() takes it. Of a
+    /// combo box without a current item, "(no item)".
     QString text(const QString &name);
     static QString labelOf(QWidget *field); ///< as screen readers see it
     QString mark(const QString &field);     ///< style sheet
@@ -50,11 +51,13 @@ public:
 
     /// Called for each box while it is open. Afterwards the box is closed.
     std::function<void(QMessageBox *)> onBox;
-    QString boxAnswer; ///< text of the button that closes the box, or "Esc"; the default button
-                       ///< otherwise
+    /// Text of the button that closes a box, or "Esc" or "Enter" for that key. A box that does not
+    /// have this button is accepted.
+    QString boxAnswer;
     bool leavesDialogsOpen = false;
-    QStringList boxes;       ///< "icon: title: text" of each box that opened
-    QStringList fileDialogs; ///< "title: filters" of each file dialog that opened
+    /// "icon: title: text" of each box that opened, with what it does not share with the window.
+    QStringList boxes;
+    QStringList fileDialogs; ///< "title: filters: folder" of each file dialog that opened
 
     MainWindow window;
     const QList<QTimer *> timers; ///< of the sequences: read, write, read, write
