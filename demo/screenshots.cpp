@@ -123,7 +123,7 @@ void captureWindow(ModuleKind kind, const QString &name)
 void captureReading()
 {
     ScreenshotTaker taker(ModuleKind::Universal);
-    taker.module.faults.answers["SPEED RS485"] = "14400";
+    taker.module.faults.reportedValues["SPEED RS485"] = "14400";
     taker.connect();
     taker.start("scan_parameters");
     taker.waitFor("reply", [&] { return taker.mark("lineEdit_timewait") == mark::green; });

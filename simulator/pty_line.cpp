@@ -79,7 +79,7 @@ bool PtyLine::openPty()
 
 bool PtyLine::makeLink()
 {
-    // The link of a simulator that was killed may point to a pty again, of another program.
+    // A link left by a killed simulator may by now point to another program's pty.
     const QFileInfo old(linkPath);
     if (old.isSymLink()
         && (!old.exists() || old.symLinkTarget().startsWith(QLatin1String("/dev/pts/"))))
@@ -106,7 +106,7 @@ void PtyLine::readAll()
         emit received(bytes);
 }
 
-/// Handles the events of the slave until now. Returns whether a client has read from it.
+/// Handles the slave's pending events. Returns whether a client has read from it.
 bool PtyLine::handleAccesses()
 {
     bool read = false;

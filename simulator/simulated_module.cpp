@@ -18,7 +18,7 @@ SimulatedModule::SimulatedModule(const Options &options)
     , moduleKind(options.kind)
     , values(factoryValues(options.kind))
     , line(options.linkPath)
-    , pendingReplies(std::make_unique<QObject>())
+    , timerContext(std::make_unique<QObject>())
 {
     restartTimer.setSingleShot(true);
     connect(&restartTimer, &QTimer::timeout, this, &SimulatedModule::reconnect);
@@ -49,7 +49,7 @@ void SimulatedModule::hangUp()
 {
     if (!line.isOpen())
         return;
-    pendingReplies = std::make_unique<QObject>();
+    timerContext = std::make_unique<QObject>();
     unsent.clear();
     line.hangUp();
     emit disconnected();
@@ -84,8 +84,8 @@ void SimulatedModule::execute(const Command &command)
 {
     switch (command.type) {
     case Command::Type::Query:
-        reply(
-            queryReply(command.query, faults.answers.value(command.query, values[command.query])));
+        reply(queryReply(command.query,
+                         faults.reportedValues.value(command.query, values[command.query])));
         break;
     case Command::Type::Write:
         if (command.query == faults.refuse) {
@@ -123,7 +123,7 @@ void SimulatedModule::reply(const QByteArray &bytes)
     deliveries.append(bytes.mid(firstPart));
 
     // Coarse timers may fire together and so merge replies.
-    QTimer::singleShot(faults.delayMs, Qt::PreciseTimer, pendingReplies.get(), [this, deliveries] {
+    QTimer::singleShot(faults.delayMs, Qt::PreciseTimer, timerContext.get(), [this, deliveries] {
         const bool waiting = !unsent.isEmpty();
         unsent += deliveries;
         if (!waiting)
@@ -153,7 +153,7 @@ void SimulatedModule::flood()
 void SimulatedModule::restart()
 {
     restarting = true;
-    QTimer::singleShot(hangUpDelayMs, pendingReplies.get(), [this] {
+    QTimer::singleShot(hangUpDelayMs, timerContext.get(), [this] {
         restartTimer.start(restartMs);
         hangUp();
     });

@@ -18,7 +18,7 @@ struct Faults {
     bool garbage = false; ///< a delivery of line noise precedes each reply
     int hangUpAfter = -1; ///< commands until the line is hung up permanently; below 1: never
     int floodMs = 0;      ///< line noise without pause for this long after a command
-    QMap<QByteArray, QByteArray> answers; ///< by parameter, reported in place of its value
+    QMap<QByteArray, QByteArray> reportedValues; ///< by parameter, in place of its value
 };
 
 /// The initial state of a module.
@@ -61,7 +61,7 @@ public:
     void reconnect();
 
     Faults faults;
-    int restartMs; ///< time that a restart takes, disconnected
+    int restartMs; ///< how long the module stays disconnected during a restart
 
 signals:
     void commandReceived(const QByteArray &command);
@@ -85,7 +85,7 @@ private:
     QDeadlineTimer floodEnd;
     bool restarting = false;
     /// Context of the timers of pending replies and restarts; replacing it cancels them.
-    std::unique_ptr<QObject> pendingReplies;
+    std::unique_ptr<QObject> timerContext;
     /// Further parts of replies. Each is sent when the client has read the one before it, so that
     /// they are separate deliveries however busy the machine is.
     QByteArrayList unsent;

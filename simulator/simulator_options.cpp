@@ -40,7 +40,7 @@ bool readNumber(const QCommandLineParser &parser, const QString &option, int low
     bool isNumber = false;
     *number = parser.value(option).toInt(&isNumber);
     if (!isNumber || *number < lowest)
-        *error = QString("--%1 takes a whole number from %2 on").arg(option).arg(lowest);
+        *error = QString("--%1 takes a whole number of %2 or more").arg(option).arg(lowest);
     return error->isEmpty();
 }
 
@@ -59,16 +59,16 @@ bool readRefusal(const QCommandLineParser &parser, Options *options, QString *er
     return !parser.isSet("refuse") || checkParameter(options->kind, options->faults.refuse, error);
 }
 
-bool readAnswers(const QCommandLineParser &parser, Options *options, QString *error)
+bool readReportedValues(const QCommandLineParser &parser, Options *options, QString *error)
 {
-    const QStringList answers = parser.values("answer");
-    for (const QString &answer : answers) {
-        const QByteArray text = answer.toUtf8();
+    const QStringList reports = parser.values("report");
+    for (const QString &report : reports) {
+        const QByteArray text = report.toUtf8();
         const auto equals = text.indexOf('=');
         if (equals < 0)
-            *error = QString("--answer takes NAME=VALUE, not \"%1\"").arg(answer);
+            *error = QString("--report takes NAME=VALUE, not \"%1\"").arg(report);
         else if (checkParameter(options->kind, text.left(equals), error))
-            options->faults.answers.insert(text.left(equals), text.mid(equals + 1));
+            options->faults.reportedValues.insert(text.left(equals), text.mid(equals + 1));
     }
     return error->isEmpty();
 }
@@ -83,16 +83,18 @@ void addOptions(QCommandLineParser &parser)
         {"silent", "Execute commands, but do not reply."},
         {"delay", QString("Time from a command to its reply (%1 ms).").arg(defaults.faults.delayMs),
          "ms"},
-        {"refuse", "Refuse to have this parameter written, e.g. \"PORT TCP\".", "name"},
+        {"refuse", "Refuse writes to this parameter, e.g. \"PORT TCP\".", "name"},
         {"split", "Send each reply in two parts."},
         {"empty", "Send an empty line before each reply."},
         {"garbage", "Send line noise before each reply."},
         {"hang-up-after", "Hang up permanently on receiving the N-th command.", "N"},
         {"flood", "After each command, send line noise without pause for this long.", "ms"},
-        {"answer", "Report this value of a parameter, e.g. \"ip=1.2.3.4\". May be repeated.",
+        {"report", "Report this value of a parameter, e.g. \"ip=1.2.3.4\". May be repeated.",
          "name=value"},
         {"restart-time",
-         QString("Time that a restart takes, disconnected (%1 ms).").arg(defaults.restartMs), "ms"},
+         QString("How long the module stays disconnected during a restart (%1 ms).")
+             .arg(defaults.restartMs),
+         "ms"},
     });
 }
 
@@ -112,7 +114,7 @@ bool readOptions(const QCommandLineParser &parser, Options *options, QString *er
         && readNumber(parser, "hang-up-after", 1, &faults.hangUpAfter, error)
         && readNumber(parser, "flood", 0, &faults.floodMs, error)
         && readNumber(parser, "restart-time", 0, &options->restartMs, error)
-        && readRefusal(parser, options, error) && readAnswers(parser, options, error);
+        && readRefusal(parser, options, error) && readReportedValues(parser, options, error);
 }
 
 } // namespace
@@ -120,7 +122,8 @@ bool readOptions(const QCommandLineParser &parser, Options *options, QString *er
 Options processOptions(QCommandLineParser &parser)
 {
     constexpr int usageError = 2;
-    // Not addHelpOption(), whose --help-all not every one of these programs has.
+    // From Qt 5.14 on, addHelpOption() would also add --help-all, which lists the options of Qt.
+    // module-simulator has none.
     const QCommandLineOption help({"h", "help"}, "Print the options and exit.");
     parser.addOption(help);
     addOptions(parser);

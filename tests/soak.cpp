@@ -1,5 +1,6 @@
 // A seeded random UI test: uses the window and its menu at random while the module misbehaves at
-// random. After each action the UI must match the window's actual state.
+// random. After each action, labels and enabled states must match the port and the running
+// sequences.
 
 #include "window_fixture.h"
 
@@ -90,9 +91,9 @@ private:
     {
         simulator::SimulatedModule &module = user.module;
         const QByteArrayList deliveries =
-            QByteArray("OK|ok\r\n|?|\r\n|%00|off|MAC 01|%1b[31m%ff%fe|"
-                       "parity 0\r\nparity none|MAC "
-                       + QByteArray(5000, 'x'))
+            (QByteArray("?|\r\n|%00|off|MAC 01|%1b[31m%ff%fe|parity 0\r\nparity none|MAC ")
+             + QByteArray(5000, 'x') + '|' + acknowledgementOf(Kind::TcpRtu) + '|'
+             + acknowledgementOf(Kind::Universal) + "\r\n")
                 .split('|');
         if (action == "hang_up")
             module.hangUp();
@@ -141,34 +142,35 @@ private:
     void check()
     {
         const QString connectText = user.text("connect");
-        const bool linked = connectText == "Отсоединиться";
-        if (!linked && connectText != "Cоединиться")
+        const bool connected = connectText == "Отсоединиться";
+        if (!connected && connectText != "Cоединиться")
             fail("connect reads " + connectText);
         QStringList state = user.state().split(", ").mid(4);
         const auto reading = state.removeAll("read");
         const auto writing = state.removeAll("write");
         if (!state.isEmpty())
-            fail("the link and " + state.join(' '));
+            fail("enabled state does not match the connection: " + state.join(' '));
         if (reading + writing > 1)
             fail("two sequences at once");
-        // The module has the slave of its pty open, and the window once more while it is connected.
-        // In containers, the master is in the same folder as the slaves.
-        const QRegularExpression slave("^/dev/pts/[0-9]+$");
+        // The module holds its pty's slave open; a connected window opens it a second time.
+        // In containers, the master is in the same folder as the slaves. A hung-up slave is
+        // deleted.
+        const QRegularExpression slave("^/dev/pts/[0-9]+( \\(deleted\\))?$");
         int lines = 0;
         for (const QFileInfo &file : QDir("/proc/self/fd").entryInfoList(QDir::System))
             lines += slave.match(file.symLinkTarget()).hasMatch() && file.fileName().toInt() > 2;
-        if (lines != (QFile::exists(user.module.portPath()) ? 1 : 0) + (linked ? 1 : 0))
-            fail(QString("the link and the open port: %1 lines").arg(lines));
+        if (lines != (QFile::exists(user.module.portPath()) ? 1 : 0) + (connected ? 1 : 0))
+            fail(QString("%1 ptys open, which does not match the connection").arg(lines));
 
         const bool saysReading = user.text("scan_parameters") == "Стоп сканирования";
         const bool saysWriting = user.text("applyButton") == "Остановить запись";
         // A lost port leaves the button texts of the sequence that it ended.
         labelsMayStay =
-            (labelsMayStay || !user.boxes.isEmpty() || !linked) && (saysReading || saysWriting);
+            (labelsMayStay || !user.boxes.isEmpty() || !connected) && (saysReading || saysWriting);
         user.boxes.clear();
         if ((saysReading != (reading > 0) && !(saysReading && labelsMayStay))
             || (saysWriting != (writing > 0) && !(saysWriting && labelsMayStay)))
-            fail("the labels and what runs: " + user.state());
+            fail("labels do not match the running sequences: " + user.state());
     }
 
     [[noreturn]] void fail(const QString &what)

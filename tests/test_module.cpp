@@ -2,6 +2,7 @@
 
 #include "window_fixture.h"
 
+#include <QElapsedTimer>
 #include <QProcess>
 
 #include <csignal>
@@ -50,59 +51,19 @@ private slots:
             simulator::SimulatedModule module(simulator::Options{kind});
             module.restartMs = 1;
             QVERIFY(module.start());
-            const QByteArray yes = universal ? "ok" : "OK";
+            const QByteArray yes = acknowledgementOf(kind);
             const QByteArray no = universal ? "?" : "ERROR";
-            QCOMPARE(
+            COMPARE(
                 talk(&module, {"ip", "CHANGE IP:1.2.3.4", "ip", "CHANGE IP:1.2.3", "Ip", "RESET"}),
                 (QByteArrayList{"ip 192.168.0.1", yes, "ip 1.2.3.4", no, no, ""}));
             QTRY_VERIFY(QFile::exists(module.portPath()));
             // Values survive a restart, but not a factory reset.
-            QCOMPARE(talk(&module, {"ip", "LOAD SETTING:DEFAULT"}),
-                     (QByteArrayList{"ip 1.2.3.4", universal ? "" : no}));
+            COMPARE(talk(&module, {"ip", "LOAD SETTING:DEFAULT"}),
+                    (QByteArrayList{"ip 1.2.3.4", universal ? "" : no}));
             QTRY_VERIFY(QFile::exists(module.portPath()));
-            QCOMPARE(talk(&module, {"ip"}),
-                     QByteArrayList{universal ? "ip 192.168.0.1" : "ip 1.2.3.4"});
+            COMPARE(talk(&module, {"ip"}),
+                    QByteArrayList{universal ? "ip 192.168.0.1" : "ip 1.2.3.4"});
         }
-    }
-
-    void injectsFaults()
-    {
-        simulator::SimulatedModule module(simulator::Options{Kind::Universal});
-        QVERIFY(module.start());
-        const auto sayAll = [&](auto count) {
-            QByteArrayList replies;
-            QSerialPort port(module.portPath());
-            port.open(QIODevice::ReadWrite);
-            connect(&port, &QSerialPort::readyRead, &port, [&] { replies.append(port.readAll()); });
-            port.write("PORT TCP");
-            if (QTest::qWaitFor([&] { return replies.size() >= count; }))
-                QTest::qWait(50); // nothing else may arrive
-            return replies;
-        };
-        using Faults = simulator::Faults;
-        const QByteArray good = "PORT TCP 502\r\n";
-        const QVector<QPair<bool Faults::*, QByteArrayList>> cases{
-            {&Faults::split, {"PORT TC", "P 502\r\n"}},
-            {&Faults::empty, {"\r\n", good}},
-            {&Faults::garbage, {QByteArray::fromHex("a71b5b33316d3f00ffc3288007fe9c41"), good}},
-            {&Faults::silent, {}},
-        };
-        for (const auto &[fault, replies] : cases) {
-            module.faults = {};
-            module.faults.*fault = true;
-            QCOMPARE(sayAll(replies.size()), replies);
-        }
-        module.faults = {};
-        module.faults.answers["PORT TCP"] = "x";
-        QCOMPARE(sayAll(1), QByteArrayList{"PORT TCP x\r\n"});
-        module.faults.hangUpAfter = 1;
-        QCOMPARE(sayAll(0), QByteArrayList());
-        QVERIFY(!QFile::exists(module.portPath()));
-        module.reconnect();
-        module.faults = {};
-        module.faults.refuse = "PORT TCP";
-        QCOMPARE(talk(&module, {"CHANGE PORT TCP:10000", "PORT TCP"}),
-                 (QByteArrayList{"?", good.trimmed()}));
     }
 
     void clearsExclusiveModeOfAKilledClient()
@@ -128,10 +89,40 @@ private slots:
             if (!begin(&simulator, options))
                 QSKIP("an emulated program cannot start another one");
             QVERIFY(simulator.waitForFinished());
-            QVERIFY2(simulator.exitCode() == row[0].toInt(), row.join('|'));
+            QVERIFY2(simulator.exitCode() == row[0].toInt(), row.join(' '));
             const bool isHelp = simulator.exitCode() == 0;
             QCOMPARE(simulator.readAllStandardError().startsWith("module-simulator: "), !isHelp);
             QCOMPARE(simulator.readAllStandardOutput().isEmpty(), !isHelp);
+        }
+    }
+
+    void optionsTakeEffect()
+    {
+        for (const QByteArrayList &row : tableOf("faults.txt")) {
+            QProcess simulator;
+            if (!begin(&simulator, QString(row[1]).split(' ')))
+                QSKIP("an emulated program cannot start another one");
+            QVERIFY(simulator.waitForReadyRead());
+            QSerialPort port(simulator.readLine().trimmed());
+            QVERIFY(port.open(QIODevice::ReadWrite));
+            QByteArrayList printed;
+            const auto isComplete = [&] {
+                while (simulator.canReadLine())
+                    printed.append(simulator.readLine().mid(14).trimmed()); // without the time
+                if (printed.size() == 1 && port.bytesAvailable() > 100)
+                    printed.append("flood");
+                return printed.size() >= row.size() - 3;
+            };
+            QElapsedTimer clock;
+            clock.start();
+            port.write(row[2]);
+            if (QTest::qWaitFor(isComplete, 30000) && !clock.hasExpired(row[0].toInt()))
+                printed.append("too early");
+            QTest::qWait(100); // nothing else may arrive
+            isComplete();
+            COMPARE(printed, row.mid(3));
+            simulator.terminate();
+            QVERIFY(simulator.waitForFinished());
         }
     }
 
