@@ -14,22 +14,6 @@
 class TestModule : public QObject {
     Q_OBJECT
 
-    /// The replies of a module to these commands, without line ends.
-    static QByteArrayList talk(simulator::SimulatedModule *module, const QByteArrayList &commands)
-    {
-        QByteArrayList replies;
-        QSerialPort port(module->portPath());
-        port.open(QIODevice::ReadWrite);
-        bool isOff = false; // possibly too briefly to be polled
-        connect(module, &simulator::SimulatedModule::disconnected, &port, [&] { isOff = true; });
-        const auto answered = [&] { return port.bytesAvailable() > 0 || isOff; };
-        for (const QByteArray &command : commands) {
-            port.write(command);
-            replies.append(QTest::qWaitFor(answered) ? port.readAll().trimmed() : "(nothing)");
-        }
-        return replies;
-    }
-
 private slots:
     void checksValues()
     {
@@ -41,28 +25,6 @@ private slots:
                     QVERIFY2((command.type == simulator::Command::Type::Write) == good, bytes);
                 }
             }
-        }
-    }
-
-    void talksInItsDialect()
-    {
-        for (const Kind kind : allKinds) {
-            const bool universal = kind == Kind::Universal;
-            simulator::SimulatedModule module(simulator::Options{kind});
-            module.restartMs = 1;
-            QVERIFY(module.start());
-            const QByteArray yes = acknowledgementOf(kind);
-            const QByteArray no = universal ? "?" : "ERROR";
-            COMPARE(
-                talk(&module, {"ip", "CHANGE IP:1.2.3.4", "ip", "CHANGE IP:1.2.3", "Ip", "RESET"}),
-                (QByteArrayList{"ip 192.168.0.1", yes, "ip 1.2.3.4", no, no, ""}));
-            QTRY_VERIFY(QFile::exists(module.portPath()));
-            // Values survive a restart, but not a factory reset.
-            COMPARE(talk(&module, {"ip", "LOAD SETTING:DEFAULT"}),
-                    (QByteArrayList{"ip 1.2.3.4", universal ? "" : no}));
-            QTRY_VERIFY(QFile::exists(module.portPath()));
-            COMPARE(talk(&module, {"ip"}),
-                    QByteArrayList{universal ? "ip 192.168.0.1" : "ip 1.2.3.4"});
         }
     }
 
@@ -96,31 +58,41 @@ private slots:
         }
     }
 
-    void optionsTakeEffect()
+    void executesCommandsAndMisbehaves()
     {
-        for (const QByteArrayList &row : tableOf("faults.txt")) {
+        for (QByteArrayList row : tableOf("conversations.txt")) {
+            for (QByteArray &cell : row)
+                cell = expand(cell, row[1].contains("tcp-rtu") ? Kind::TcpRtu : Kind::Universal);
             QProcess simulator;
             if (!begin(&simulator, QString(row[1]).split(' ')))
                 QSKIP("an emulated program cannot start another one");
             QVERIFY(simulator.waitForReadyRead());
             QSerialPort port(simulator.readLine().trimmed());
-            QVERIFY(port.open(QIODevice::ReadWrite));
-            QByteArrayList printed;
-            const auto isComplete = [&] {
+            QByteArrayList printed{row[0], row[1]};
+            const auto areThere = [&](int count) {
                 while (simulator.canReadLine())
                     printed.append(simulator.readLine().mid(14).trimmed()); // without the time
-                if (printed.size() == 1 && port.bytesAvailable() > 100)
+                if (printed.size() == 3 && port.bytesAvailable() > 100)
                     printed.append("flood");
-                return printed.size() >= row.size() - 3;
+                return printed.size() >= count;
             };
             QElapsedTimer clock;
             clock.start();
-            port.write(row[2]);
-            if (QTest::qWaitFor(isComplete, 30000) && !clock.hasExpired(row[0].toInt()))
+            for (int i = 2; i < row.size(); ++i) {
+                if (row[i].startsWith("command  ")) {
+                    QVERIFY(port.isOpen() || port.open(QIODevice::ReadWrite));
+                    port.write(row[i].mid(9));
+                }
+                if (!QTest::qWaitFor([&] { return areThere(i + 1); }, 30000))
+                    break;
+                if (row[i] == "reconnected")
+                    port.close();
+            }
+            if (!clock.hasExpired(row[0].toInt()))
                 printed.append("too early");
             QTest::qWait(100); // nothing else may arrive
-            isComplete();
-            COMPARE(printed, row.mid(3));
+            areThere(0);
+            COMPARE(printed, row);
             simulator.terminate();
             QVERIFY(simulator.waitForFinished());
         }
