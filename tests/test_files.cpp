@@ -278,20 +278,6 @@ private slots:
         QCOMPARE(contentOf(site), others);
     }
 
-    void loadsDuringARead()
-    {
-        put(site, others);
-        user->connectAndFillForm();
-        user->start("scan_parameters");
-        QVERIFY(user->tickAndAwaitCommand());
-        user->trigger("action_open_2", site);
-        user->tick(); // sends nothing, because the kind has changed
-        user->click("scan_parameters");
-        user->start("scan_parameters");
-        QVERIFY(user->tickAndAwaitCommand());
-        QCOMPARE(user->commands, (QByteArrayList{"MAC", "MODE TCP"}));
-    }
-
     void storeAsksForItsFile()
     {
         user->trigger("action_save", site); // also the answer to the dialogs below

@@ -56,28 +56,6 @@ private slots:
         }
     }
 
-    void rtuTcpListBeginsWithTheTcpRtuList()
-    {
-        const auto tcpRtu = readList(ModuleKind::TcpRtu);
-        QCOMPARE(readList(ModuleKind::RtuTcp).mid(0, tcpRtu.size()), tcpRtu);
-    }
-
-    void connectionTestUsesTheLastReply()
-    {
-        WindowFixture user;
-        user.connectAndFillForm();
-        QVERIFY(user.deliver("?"));
-        user.start("scan_parameters");
-        user.tick(2);
-        COMPARE(user.state(), user.known("reading"));
-        QVERIFY(user.deliver("\r"));
-        TRY_COMPARE(user.boxes, QStringList{user.known("empty delivery")});
-        user.click("scan_parameters");
-        user.start("scan_parameters");
-        user.tick(2);
-        COMPARE(user.boxes.last(), user.known("no connection"));
-    }
-
     void parsesReplies_data() { addRowsOf("replies.txt"); }
     void parsesReplies()
     {

@@ -4,6 +4,7 @@
 #include "simulated_module.h"
 #include "ui_driver.h"
 
+#include <QDebug>
 #include <QMessageBox>
 #include <QTest>
 
@@ -32,17 +33,11 @@ QList<QByteArrayList> rowsOf(const QString &file, Kind kind);
 void addRowsOf(
     const QString &file); ///< adds a test row for each, with columns "kind" and "row", expanded
 
-inline QByteArray printable(const QString &text)
+template <class Value> QByteArray printable(const Value &value)
 {
+    QString text;
+    QDebug(&text).noquote() << value;
     return text.toUtf8();
-}
-inline QByteArray printable(const QStringList &list)
-{
-    return list.join(" | ").toUtf8();
-}
-inline QByteArray printable(const QByteArrayList &list)
-{
-    return list.join(" | ");
 }
 // NOLINTBEGIN(cppcoreguidelines-macro-usage)
 /// QCOMPARE for lists, which it does not print, and for Russian texts, which it escapes and cuts.
