@@ -49,10 +49,8 @@ private:
     {
         const bool over = done.size() == count;
         QWidget *dialog = QApplication::activeModalWidget();
-        if (over && !dialog) {
-            QApplication::quit();
-            return;
-        }
+        if (over && !dialog)
+            return QApplication::quit();
         const QString action = over ? "close" : oneOf(actions.split(' '), random.generate());
         const quint32 number = random.generate();
         // First, because a click may open a box and return much later.
@@ -90,17 +88,16 @@ private:
     bool useLine(const QString &action, quint32 number)
     {
         simulator::SimulatedModule &module = user.module;
-        const QByteArrayList deliveries =
-            (QByteArray("?|\r\n|%00|off|MAC 01|%1b[31m%ff%fe|parity 0\r\nparity none|MAC ")
-             + QByteArray(5000, 'x') + '|' + acknowledgementOf(Kind::TcpRtu) + '|'
-             + acknowledgementOf(Kind::Universal) + "\r\n")
-                .split('|');
+        const QByteArray deliveries = "<ok>|<ok>\r\n|?|\r\n|%00|off|MAC 01|%1b[31m%ff%fe|"
+                                      "parity 0\r\nparity none|MAC "
+            + QByteArray(5000, 'x');
         if (action == "hang_up")
             module.hangUp();
         else if (action == "come_back")
             module.reconnect();
         else if (action == "send" || action == "stall")
-            module.send(QByteArray::fromPercentEncoding(oneOf(deliveries, number)));
+            module.send(QByteArray::fromPercentEncoding(
+                expand(oneOf(deliveries.split('|'), number), module.kind())));
         else if (action == "faults")
             misbehave(number);
         else
@@ -127,10 +124,8 @@ private:
     void close(QWidget *dialog, quint32 number)
     {
         auto *fileDialog = qobject_cast<QFileDialog *>(dialog);
-        if (!fileDialog) {
-            oneOf(qobject_cast<QMessageBox *>(dialog)->buttons(), number)->click();
-            return;
-        }
+        if (!fileDialog)
+            return oneOf(qobject_cast<QMessageBox *>(dialog)->buttons(), number)->click();
         QFile file(folder.filePath(number % 2 == 0 ? "a.TRset" : "b.TRset"));
         if (fileDialog->acceptMode() == QFileDialog::AcceptSave)
             file.remove(); // the dialog would ask whether to overwrite it

@@ -152,21 +152,17 @@ private slots:
         perform(user, row[0]);
         user.markAll();
 
-        bool behindABox = false;
+        int openedBoxes = 0;
         user.onBox = [&](QMessageBox *) {
-            if (further.size() > 1 && !behindABox) {
-                behindABox = true;
-                perform(user, further[1]);
-            }
+            if (++openedBoxes == 1)
+                perform(user, further.value(1));
             // Already closed, because Qt SerialPort would report a hung-up port continuously.
             if (user.boxes.last() == user.known("port lost"))
                 QVERIFY(user.state().startsWith("Disconnected"));
         };
         perform(user, further[0]);
-        if (further.size() > 2) {
-            QTRY_VERIFY(behindABox && !QApplication::activeModalWidget());
-            perform(user, further[2]);
-        }
+        QTRY_VERIFY(further.size() < 3 || (openedBoxes > 0 && !QApplication::activeModalWidget()));
+        perform(user, further.value(2));
         TRY_COMPARE(user.boxes, boxes);
         // Ticks in a row merge all commands into one invalid command; wait until it is received.
         if (boxes.contains(user.known("success")) && row[2].startsWith("Connected"))
@@ -200,10 +196,9 @@ private slots:
         }
         QVERIFY(bytesInUse() - before < 1 << 20);
 
+        user.click("connect");
         simulator.terminate();
         QVERIFY(simulator.waitForFinished());
-        QTRY_COMPARE(user.text("connect"), QString("Cоединиться"));
-        QTRY_VERIFY(!QApplication::activeModalWidget());
     }
 
 private:
