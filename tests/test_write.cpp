@@ -1,4 +1,4 @@
-// Writing a module, restarting it and returning it to factory settings.
+// Writing a module.
 
 #include "window_fixture.h"
 
@@ -101,31 +101,6 @@ private slots:
             COMPARE(user.boxes, QStringList{user.known(tight ? "refused tightly" : "refused")});
             COMPARE(user.commands, writeCommandsOf(kind).mid(0, row + 1));
             ++row;
-        }
-    }
-
-    void restartsAndResets_data() { addRowsOf("resets.txt"); }
-    void restartsAndResets()
-    {
-        QFETCH(QByteArrayList, row);
-        const QByteArrayList commands = row.mid(2);
-        for (const bool writing : {false, true}) {
-            WindowFixture user;
-            user.connectAndFillForm();
-            if (writing) {
-                user.start("applyButton");
-                QVERIFY(user.tickAndAwaitCommand());
-            }
-            const QString before = user.state();
-            user.commands.clear();
-            user.boxAnswer = row[1];
-            user.click(row[0]);
-            COMPARE(user.boxes.join(""), row[1].isEmpty() ? "" : user.known("factory reset"));
-            COMPARE(user.state(), before);
-
-            user.boxes.clear();
-            QTest::qWait(30); // no other command may arrive
-            TRY_COMPARE(user.commands, commands);
         }
     }
 };
