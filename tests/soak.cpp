@@ -29,10 +29,10 @@ public:
         : seed(seedNumber)
         , random(seedNumber)
         , count(actionCount)
-        , user(kind)
+        , fixture(kind)
     {
         QDir::setCurrent(folder.path());
-        user.leavesDialogsOpen = true;
+        fixture.leavesDialogsOpen = true;
         act();
     }
 
@@ -71,23 +71,23 @@ private:
         const ParameterCase field = oneOf(parametersOf(Kind::Universal), number);
         const int choice = static_cast<int>(number % 30);
         if (action.startsWith("action"))
-            user.trigger(action);
-        else if (action == "kind" && user.isEnabled("conbox0"))
-            user.find<QComboBox>("conbox0")->setCurrentIndex(choice % 3);
+            fixture.trigger(action);
+        else if (action == "kind" && fixture.isEnabled("conbox0"))
+            fixture.find<QComboBox>("conbox0")->setCurrentIndex(choice % 3);
         else if (action == "ticks")
-            user.setTick(8 + choice);
-        else if (action == "edit" && user.isEnabled(field.widget))
-            user.enter(field.widget,
-                       field.widget[0] == 'l' && choice > 9 ? "\u0439" : field.inForm);
-        else if (user.window.findChild<QAbstractButton *>(action) && user.isVisible(action))
-            user.click(action);
+            fixture.setTick(8 + choice);
+        else if (action == "edit" && fixture.isEnabled(field.widget))
+            fixture.enter(field.widget,
+                          field.widget[0] == 'l' && choice > 9 ? "\u0439" : field.inForm);
+        else if (fixture.window.findChild<QAbstractButton *>(action) && fixture.isVisible(action))
+            fixture.click(action);
         if (action == "scanport")
-            user.choosePort(user.module.portPath());
+            fixture.choosePort(fixture.module.portPath());
     }
 
     bool useLine(const QString &action, quint32 number)
     {
-        simulator::SimulatedModule &module = user.module;
+        simulator::SimulatedModule &module = fixture.module;
         const QByteArray deliveries = "<ok>|<ok>\r\n|?|\r\n|%00|off|MAC 01|%1b[31m%ff%fe|"
                                       "parity 0\r\nparity none|MAC "
             + QByteArray(5000, 'x');
@@ -117,8 +117,8 @@ private:
         faults.garbage = number % 8 == 0;
         faults.hangUpAfter = number % 9 == 0 ? static_cast<int>(number % 20) : -1;
         if (number % 3 == 0)
-            faults.refuse = oneOf(user.module.queries(), number);
-        user.module.faults = faults;
+            faults.refuse = oneOf(fixture.module.queries(), number);
+        fixture.module.faults = faults;
     }
 
     void close(QWidget *dialog, quint32 number)
@@ -136,11 +136,11 @@ private:
 
     void check()
     {
-        const QString connectText = user.text("connect");
+        const QString connectText = fixture.text("connect");
         const bool connected = connectText == "Отсоединиться";
         if (!connected && connectText != "Cоединиться")
             fail("connect reads " + connectText);
-        QStringList state = user.state().split(", ").mid(4);
+        QStringList state = fixture.state().split(", ").mid(4);
         const auto reading = state.removeAll("read");
         const auto writing = state.removeAll("write");
         if (!state.isEmpty())
@@ -154,24 +154,24 @@ private:
         int lines = 0;
         for (const QFileInfo &file : QDir("/proc/self/fd").entryInfoList(QDir::System))
             lines += slave.match(file.symLinkTarget()).hasMatch() && file.fileName().toInt() > 2;
-        if (lines != (QFile::exists(user.module.portPath()) ? 1 : 0) + (connected ? 1 : 0))
+        if (lines != (QFile::exists(fixture.module.portPath()) ? 1 : 0) + (connected ? 1 : 0))
             fail(QString("%1 ptys open, which does not match the connection").arg(lines));
 
-        const bool saysReading = user.text("scan_parameters") == "Стоп сканирования";
-        const bool saysWriting = user.text("applyButton") == "Остановить запись";
+        const bool saysReading = fixture.text("scan_parameters") == "Стоп сканирования";
+        const bool saysWriting = fixture.text("applyButton") == "Остановить запись";
         // A lost port leaves the button texts of the sequence that it ended.
-        labelsMayStay =
-            (labelsMayStay || !user.boxes.isEmpty() || !connected) && (saysReading || saysWriting);
-        user.boxes.clear();
+        labelsMayStay = (labelsMayStay || !fixture.boxes.isEmpty() || !connected)
+            && (saysReading || saysWriting);
+        fixture.boxes.clear();
         if ((saysReading != (reading > 0) && !(saysReading && labelsMayStay))
             || (saysWriting != (writing > 0) && !(saysWriting && labelsMayStay)))
-            fail("labels do not match the running sequences: " + user.state());
+            fail("labels do not match the running sequences: " + fixture.state());
     }
 
     [[noreturn]] void fail(const QString &what)
     {
         fprintf(stderr, "soak: %s, %s\nlast actions:\n  %s\nto repeat them: soak %u %d\n",
-                qPrintable(nameOf(user.module.kind())), qPrintable(what),
+                qPrintable(nameOf(fixture.module.kind())), qPrintable(what),
                 qPrintable(done.mid(done.size() - 40).join("\n  ")), seed,
                 static_cast<int>(done.size()));
         std::_Exit(1); // boxes may be open, each with its own event loop
@@ -182,7 +182,7 @@ private:
     const int count; ///< number of actions
     bool labelsMayStay = false;
     QTemporaryDir folder;
-    WindowFixture user;
+    WindowFixture fixture;
 };
 
 int main(int argc, char *argv[])

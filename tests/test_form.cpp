@@ -92,17 +92,17 @@ class TestForm : public QObject {
 private slots:
     void formIsAsDesigned()
     {
-        UiDriver user;
-        auto *kinds = user.find<QComboBox>("conbox0");
-        user.find<QComboBox>("serialPortInfoListBox")->clear(); // depends on the computer
-        user.window.show();
+        UiDriver driver;
+        auto *kinds = driver.find<QComboBox>("conbox0");
+        driver.find<QComboBox>("serialPortInfoListBox")->clear(); // depends on the computer
+        driver.window.show();
         const auto see = [&] {
             QTest::qWait(1); // applies the layout
-            const QSize size = user.window.size();
+            const QSize size = driver.window.size();
             QStringList seen(QString("== %1 x %2").arg(size.width()).arg(size.height()));
             for (const char *group : {"groupBox", "groupBox_2", "groupBox_client"}) {
-                if (user.isVisible(group))
-                    seen += describeGroup(user.find<QGroupBox>(group));
+                if (driver.isVisible(group))
+                    seen += describeGroup(driver.find<QGroupBox>(group));
             }
             return seen;
         };
@@ -117,37 +117,37 @@ private slots:
         }
 
         QStringList menu;
-        for (const QAction *action : user.find<QMenu>("menu")->actions())
+        for (const QAction *action : driver.find<QMenu>("menu")->actions())
             menu.append(action->text());
         QStringList icons;
-        for (const QSize &size : user.window.windowIcon().availableSizes())
+        for (const QSize &size : driver.window.windowIcon().availableSizes())
             icons.append(QString::number(size.width()));
         const QStringList actual =
-            QStringList{user.window.windowTitle(), "icon: " + icons.join(' '),
-                        user.find<QMenu>("menu")->title() + ": " + menu.join(", ")}
+            QStringList{driver.window.windowTitle(), "icon: " + icons.join(' '),
+                        driver.find<QMenu>("menu")->title() + ": " + menu.join(", ")}
             + atStart + views[2] + views[0] + views[1];
         const QString expected = contentOf(TEST_DATA "form.txt");
         if (actual.join('\n') + '\n' != expected) // too long for the message of a test
             qInfo("The form is now:\n%s", qPrintable(actual.join('\n')));
         QVERIFY(actual.join('\n') + '\n' == expected);
-        QCOMPARE(user.window.styleSheet().toUtf8(), contentOf(TEST_DATA "window.qss"));
+        QCOMPARE(driver.window.styleSheet().toUtf8(), contentOf(TEST_DATA "window.qss"));
     }
 
     void noTextIsTruncated_data() { addKindRows(); }
     void noTextIsTruncated()
     {
         QFETCH(Kind, kind);
-        UiDriver user;
-        if (user.window.logicalDpiX() != 96)
+        UiDriver driver;
+        if (driver.window.logicalDpiX() != 96)
             QSKIP("without a display, this Qt has another font DPI");
         // Before the window is shown, because the list keeps the width of its first content.
-        user.find<QComboBox>("serialPortInfoListBox")->clear();
-        user.find<QComboBox>("conbox0")->setCurrentIndex(static_cast<int>(kind));
-        user.window.show();
+        driver.find<QComboBox>("serialPortInfoListBox")->clear();
+        driver.find<QComboBox>("conbox0")->setCurrentIndex(static_cast<int>(kind));
+        driver.window.show();
         for (const QByteArrayList &row : tableOf("widest.txt"))
-            user.find<QWidget>(row[0])->setProperty("text", QString(row[1]));
+            driver.find<QWidget>(row[0])->setProperty("text", QString(row[1]));
         QTest::qWait(1); // for the layout
-        for (QWidget *widget : user.find<QWidget>("centralwidget")->findChildren<QWidget *>()) {
+        for (QWidget *widget : driver.find<QWidget>("centralwidget")->findChildren<QWidget *>()) {
             if (!widget->isVisible() || qobject_cast<QGroupBox *>(widget))
                 continue;
             const QSize size = widget->size();
@@ -162,19 +162,19 @@ private slots:
     {
         QFETCH(Kind, kind);
         QFETCH(QByteArrayList, row);
-        WindowFixture user(kind);
+        WindowFixture fixture(kind);
         if (row[0] == "connected")
-            user.click("connect");
+            fixture.click("connect");
         const QString typed = QString("x_.").repeated(14);
         QStringList order;
-        QTest::keyClick(&user.window, Qt::Key_Tab);
-        while (!order.contains(user.window.focusWidget()->objectName())) {
-            QWidget *widget = user.window.focusWidget();
+        QTest::keyClick(&fixture.window, Qt::Key_Tab);
+        while (!order.contains(fixture.window.focusWidget()->objectName())) {
+            QWidget *widget = fixture.window.focusWidget();
             const QString name = widget->objectName();
-            const QString before = user.text(name);
+            const QString before = fixture.text(name);
             QTest::keyClicks(widget, typed);
             auto *edit = qobject_cast<QLineEdit *>(widget);
-            const QString after = edit ? edit->displayText() : user.text(name);
+            const QString after = edit ? edit->displayText() : fixture.text(name);
             QVERIFY2(after == (edit ? typed : before), qPrintable(name + " shows " + after));
             order.append(name);
             QTest::keyClick(widget, Qt::Key_Tab);
@@ -184,42 +184,42 @@ private slots:
 
     void textHasEnoughContrast()
     {
-        WindowFixture user;
+        WindowFixture fixture;
         for (const char *name : {"label_21", "conbox0", "connect", "checkBox", "menuBar"})
-            QVERIFY2(contrast(user.find<QWidget>(name)) >= 4.5, name);
+            QVERIFY2(contrast(fixture.find<QWidget>(name)) >= 4.5, name);
         // A disabled button is told from an enabled one at a glance, a value remains legible.
-        const double disabled = contrast(user.find<QWidget>("applyButton"));
+        const double disabled = contrast(fixture.find<QWidget>("applyButton"));
         QVERIFY2(disabled > 2.7 && disabled < 3.5, QByteArray::number(disabled));
-        user.click("connect");
+        fixture.click("connect");
         for (const char *name : {"conbox0", "serialPortInfoListBox"})
-            QVERIFY2(contrast(user.find<QWidget>(name)) >= 4.5, name);
+            QVERIFY2(contrast(fixture.find<QWidget>(name)) >= 4.5, name);
         for (const char *name : {"lineEdit_MAC", "lineEdit_version", "lineEdit_ip"}) {
-            user.find<QLineEdit>(name)->setText("255.255.255.255");
-            user.find<QLineEdit>(name)->home(false); // so that the cursor is cropped
+            fixture.find<QLineEdit>(name)->setText("255.255.255.255");
+            fixture.find<QLineEdit>(name)->home(false); // so that the cursor is cropped
             for (const QString &mark : marks.keys()) {
-                user.find<QWidget>(name)->setStyleSheet(marks[mark]);
-                const double ratio = contrast(user.find<QWidget>(name));
-                const bool exempt = mark == "red" && !user.isEnabled(name);
-                QVERIFY2(exempt || ratio >= 4.5, qPrintable(user.shown(name)));
-                QVERIFY2(user.isEnabled(name) == (ratio > 8) || mark == "red",
-                         qPrintable(user.shown(name)));
+                fixture.find<QWidget>(name)->setStyleSheet(marks[mark]);
+                const double ratio = contrast(fixture.find<QWidget>(name));
+                const bool exempt = mark == "red" && !fixture.isEnabled(name);
+                QVERIFY2(exempt || ratio >= 4.5, qPrintable(fixture.shown(name)));
+                QVERIFY2(fixture.isEnabled(name) == (ratio > 8) || mark == "red",
+                         qPrintable(fixture.shown(name)));
             }
         }
         for (const char *text : {text::writeError, text::writeSucceeded}) {
-            QMessageBox box(QMessageBox::NoIcon, "", text, QMessageBox::Ok, &user.window);
+            QMessageBox box(QMessageBox::NoIcon, "", text, QMessageBox::Ok, &fixture.window);
             box.show();
             QVERIFY2(contrast(box.findChild<QLabel *>("qt_msgbox_label")) >= 4.5, text);
         }
         // Selected text.
-        user.enter("lineEdit_ip", "255.255.255.255.255.255.255.255");
-        user.find<QLineEdit>("lineEdit_ip")->selectAll();
-        QVERIFY(contrast(user.find<QWidget>("lineEdit_ip")) >= 4.5);
-        auto *menu = user.find<QMenu>("menu");
+        fixture.enter("lineEdit_ip", "255.255.255.255.255.255.255.255");
+        fixture.find<QLineEdit>("lineEdit_ip")->selectAll();
+        QVERIFY(contrast(fixture.find<QWidget>("lineEdit_ip")) >= 4.5);
+        auto *menu = fixture.find<QMenu>("menu");
         menu->popup({});
         QTest::keyClick(menu, Qt::Key_Down);
         QVERIFY(contrast(menu, menu->actionGeometry(menu->activeAction())) >= 4.5);
         menu->close();
-        auto *modes = user.find<QComboBox>("comboBox_mode");
+        auto *modes = fixture.find<QComboBox>("comboBox_mode");
         modes->setCurrentIndex(1);
         modes->showPopup();
         QAbstractItemView *list = modes->view();
@@ -229,12 +229,12 @@ private slots:
 
     void offClearsTheSlaveId()
     {
-        WindowFixture user;
-        user.enter("lineEdit_tcp_id", "17");
+        WindowFixture fixture;
+        fixture.enter("lineEdit_tcp_id", "17");
         for (const bool off : {true, false}) {
-            user.click("checkBox");
-            QCOMPARE(user.isEnabled("lineEdit_tcp_id"), !off);
-            QCOMPARE(user.shown("lineEdit_tcp_id"),
+            fixture.click("checkBox");
+            QCOMPARE(fixture.isEnabled("lineEdit_tcp_id"), !off);
+            QCOMPARE(fixture.shown("lineEdit_tcp_id"),
                      off ? QString("lineEdit_tcp_id: , lilac") : "lineEdit_tcp_id: , ");
         }
     }

@@ -57,12 +57,12 @@ class TestPort : public QObject {
 private slots:
     void listsThePorts()
     {
-        UiDriver user;
-        const auto *list = user.find<QComboBox>("serialPortInfoListBox");
+        UiDriver driver;
+        const auto *list = driver.find<QComboBox>("serialPortInfoListBox");
         for (const int count : {2, 3, 0}) {
             if (count != 2) { // those of the start
                 portCount = count;
-                user.click("scanport");
+                driver.click("scanport");
             }
             QCOMPARE(list->count(), count);
             QCOMPARE(list->currentText(), QString(count > 0 ? "ttyS0" : ""));
@@ -71,34 +71,34 @@ private slots:
 
     void reportsPortsThatDoNotOpen()
     {
-        WindowFixture user(Kind::TcpRtu);
-        QSerialPort other(user.module.portPath());
+        WindowFixture fixture(Kind::TcpRtu);
+        QSerialPort other(fixture.module.portPath());
         QVERIFY(other.open(QIODevice::ReadWrite));
         // Opening a hung-up line fails with the error code of a lost port.
         const int master = posix_openpt(O_RDWR | O_NOCTTY);
         QVERIFY(grantpt(master) == 0 && unlockpt(master) == 0);
         const int line = open(ptsname(master), O_RDWR | O_NOCTTY);
         close(master);
-        user.onBox = [&](QMessageBox *) { QCOMPARE(user.text("statusbar"), QString()); };
+        fixture.onBox = [&](QMessageBox *) { QCOMPARE(fixture.text("statusbar"), QString()); };
         for (const QString &port :
              {QString(), QString("/dev/no-such-port"), QString("/dev"), QString("/dev/null"),
-              QString("/proc/self/fd/%1").arg(line), user.module.portPath()}) {
-            user.choosePort(port);
-            user.click("connect");
-            COMPARE(user.boxes, QStringList{user.known("port denied")});
-            QCOMPARE(user.window.size(), QSize(750, 450)); // the view of the kind is applied
-            COMPARE(user.state(),
+              QString("/proc/self/fd/%1").arg(line), fixture.module.portPath()}) {
+            fixture.choosePort(port);
+            fixture.click("connect");
+            COMPARE(fixture.boxes, QStringList{fixture.known("port denied")});
+            QCOMPARE(fixture.window.size(), QSize(750, 450)); // the view of the kind is applied
+            COMPARE(fixture.state(),
                     "Порт отказано в доступе, Cоединиться, Сканировать, Записать параметры");
-            user.boxes.clear();
-            user.onBox = {};
+            fixture.boxes.clear();
+            fixture.onBox = {};
         }
         close(line);
     }
 
     void opensAPort()
     {
-        WindowFixture user(Kind::TcpRtu);
-        user.click("connect");
+        WindowFixture fixture(Kind::TcpRtu);
+        fixture.click("connect");
         // 9600 8N1 without flow control
         QCOMPARE(cfgetispeed(&lineSettings.last()), speed_t(B9600));
         QCOMPARE(cfgetospeed(&lineSettings.last()), speed_t(B9600));
@@ -106,18 +106,18 @@ private slots:
             QCOMPARE(settings.c_cflag & (CSIZE | CSTOPB | PARENB | CRTSCTS), tcflag_t(CS8));
             QCOMPARE(settings.c_iflag & (IXON | IXOFF), tcflag_t(0));
         }
-        auto *menu = user.find<QMenu>("menu"); // its empty status tips are ignored
+        auto *menu = fixture.find<QMenu>("menu"); // its empty status tips are ignored
         menu->popup({});
         QTest::keyClick(menu, Qt::Key_Down);
         QTest::keyClick(menu, Qt::Key_Escape);
-        user.click("applyButton"); // has no effect before the first read
+        fixture.click("applyButton"); // has no effect before the first read
         for (const auto error : {QSerialPort::NoError, QSerialPort::ReadError,
                                  QSerialPort::WriteError, QSerialPort::PermissionError}) {
-            QVERIFY(QMetaObject::invokeMethod(&user.window, "handleError",
+            QVERIFY(QMetaObject::invokeMethod(&fixture.window, "handleError",
                                               Q_ARG(QSerialPort::SerialPortError, error)));
         }
-        COMPARE(user.state(), "Connected, Отсоединиться, Сканировать, Записать параметры");
-        COMPARE(user.boxes, QStringList());
+        COMPARE(fixture.state(), "Connected, Отсоединиться, Сканировать, Записать параметры");
+        COMPARE(fixture.boxes, QStringList());
     }
 
     void printsDebugOutput_data() { addRowsOf("debug_output.txt"); }
@@ -125,8 +125,8 @@ private slots:
     {
         QFETCH(Kind, kind);
         QFETCH(QByteArrayList, row);
-        WindowFixture user(kind);
-        user.connectAndFillForm();
+        WindowFixture fixture(kind);
+        fixture.connectAndFillForm();
         static QByteArrayList lines;
         lines.clear();
         QLoggingCategory::setFilterRules("default.warning=false");
@@ -134,7 +134,7 @@ private slots:
             qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &line) {
                 lines.append(line.toUtf8());
             });
-        perform(user, row[0]);
+        perform(fixture, row[0]);
         qInstallMessageHandler(handler);
         COMPARE(lines, row.mid(1));
     }
@@ -145,34 +145,34 @@ private slots:
         QFETCH(Kind, kind);
         QFETCH(QByteArrayList, row);
         const QByteArrayList further = row[1].split(',');
-        WindowFixture user(kind);
+        WindowFixture fixture(kind);
         QStringList boxes;
         for (const QByteArray &box : row.mid(4))
             boxes.append(box);
-        user.connectAndFillForm();
-        perform(user, row[0]);
-        user.markAll();
-        user.commands.clear();
+        fixture.connectAndFillForm();
+        perform(fixture, row[0]);
+        fixture.markAll();
+        fixture.commands.clear();
 
         int openedBoxes = 0;
-        user.onBox = [&](QMessageBox *) {
+        fixture.onBox = [&](QMessageBox *) {
             if (++openedBoxes == 1)
-                perform(user, further.value(1));
+                perform(fixture, further.value(1));
             // Already closed, because Qt SerialPort would report a hung-up port continuously.
-            if (user.boxes.last() == user.known("port lost"))
-                QVERIFY(user.state().startsWith("Disconnected"));
+            if (fixture.boxes.last() == fixture.known("port lost"))
+                QVERIFY(fixture.state().startsWith("Disconnected"));
         };
-        perform(user, further[0]);
+        perform(fixture, further[0]);
         QTRY_VERIFY(further.size() < 3 || (openedBoxes > 0 && !QApplication::activeModalWidget()));
-        perform(user, further.value(2));
-        TRY_COMPARE(user.boxes, boxes);
+        perform(fixture, further.value(2));
+        TRY_COMPARE(fixture.boxes, boxes);
         // Ticks in a row merge all commands into one invalid command; wait until it is received.
-        if (boxes.contains(user.known("success")) && row[2].startsWith("Connected"))
-            QTRY_VERIFY(user.commands.join().toLower().endsWith("reset"));
+        if (boxes.contains(fixture.known("success")) && row[2].startsWith("Connected"))
+            QTRY_VERIFY(fixture.commands.join().toLower().endsWith("reset"));
         QTRY_VERIFY(!QApplication::activeModalWidget());
-        TRY_COMPARE(user.state(), QString(row[2]));
-        COMPARE(user.marked("green").join(' '), QString(row[3]));
-        startAnew(user);
+        TRY_COMPARE(fixture.state(), QString(row[2]));
+        COMPARE(fixture.marked("green").join(' '), QString(row[3]));
+        startAnew(fixture);
     }
 
     void staysResponsiveDuringAFlood()
@@ -183,88 +183,91 @@ private slots:
         QProcess simulator;
         simulator.start(MODULE_SIMULATOR, {"--kind", "tcp-rtu", "--flood", "60000"});
         QVERIFY(simulator.waitForReadyRead());
-        WindowFixture user(Kind::TcpRtu);
-        user.choosePort(simulator.readLine().trimmed());
-        user.click("connect");
-        user.start("scan_parameters");
-        user.tick();
+        WindowFixture fixture(Kind::TcpRtu);
+        fixture.choosePort(simulator.readLine().trimmed());
+        fixture.click("connect");
+        fixture.start("scan_parameters");
+        fixture.tick();
 
-        QTRY_COMPARE(user.markOf("lineEdit_MAC"), QString("green")); // the flood contains a value
+        QTRY_COMPARE(fixture.markOf("lineEdit_MAC"),
+                     QString("green")); // the flood contains a value
 
         const qint64 before = bytesInUse();
         for (int clicks = 0; clicks < 100; ++clicks) { // each click is handled during the flood
             QTest::qWait(20);
-            user.click("scan_parameters");
+            fixture.click("scan_parameters");
         }
         QVERIFY(bytesInUse() - before < 1 << 20);
 
-        user.click("connect");
+        fixture.click("connect");
         simulator.terminate();
         QVERIFY(simulator.waitForFinished());
     }
 
 private:
     /// Performs actions of debug_output.txt.
-    static void perform(WindowFixture &user, const QByteArray &actions)
+    static void perform(WindowFixture &fixture, const QByteArray &actions)
     {
-        const bool universal = user.module.kind() == Kind::Universal;
+        const bool universal = fixture.module.kind() == Kind::Universal;
         for (const QByteArray &action : actions.isEmpty() ? QByteArrayList() : actions.split(' ')) {
             if (action.startsWith("data:"))
-                QVERIFY(user.deliver(action.mid(5)));
+                QVERIFY(fixture.deliver(action.mid(5)));
             else if (action == "ok")
-                QVERIFY(user.deliver(acknowledgementOf(user.module.kind())));
+                QVERIFY(fixture.deliver(acknowledgementOf(fixture.module.kind())));
             else if (action.startsWith("answer:"))
-                user.boxAnswer = action.mid(7);
+                fixture.boxAnswer = action.mid(7);
             else if (action.startsWith("sent:"))
-                TRY_COMPARE(user.commands, action.mid(5).replace('_', ' ').split(','));
+                TRY_COMPARE(fixture.commands, action.mid(5).replace('_', ' ').split(','));
             else if (action == "loss")
-                user.module.hangUp();
+                fixture.module.hangUp();
             else if (action == "boxes")
-                QTRY_VERIFY(user.boxes.size() > 1);
+                QTRY_VERIFY(fixture.boxes.size() > 1);
             else if (action == "run")
-                user.setTick(50);
+                fixture.setTick(50);
             else if (action == "end")
-                QTRY_VERIFY(!user.activeTimer());
+                QTRY_VERIFY(!fixture.activeTimer());
             else if (action == "send")
-                QVERIFY(user.tickAndAwaitCommand());
+                QVERIFY(fixture.tickAndAwaitCommand());
             else if (action.startsWith("tick"))
-                user.tick(action == "tick" ? 1 : 100);
+                fixture.tick(action == "tick" ? 1 : 100);
             else if (action.startsWith("action"))
-                user.trigger(
+                fixture.trigger(
                     action, universal ? TEST_DATA "defaults.TRset" : TEST_DATA "nondefaults.TRset");
-            else if (user.window.findChild<QWidget *>(action))
-                user.click(action);
+            else if (fixture.window.findChild<QWidget *>(action))
+                fixture.click(action);
             else
-                QVERIFY(QMetaObject::invokeMethod(&user.window, action));
+                QVERIFY(QMetaObject::invokeMethod(&fixture.window, action));
             if (action != "run" && action != "end")
-                user.setTick(oneHourMs);
+                fixture.setTick(oneHourMs);
         }
     }
 
     /// Whatever happened before, both sequences can be started again and begin with their first
     /// command.
-    static void startAnew(WindowFixture &user)
+    static void startAnew(WindowFixture &fixture)
     {
-        if (user.text("connect") == "Cоединиться") {
-            user.module.hangUp(); // it may be about to restart
-            user.module.reconnect();
-            user.click("connect");
+        if (fixture.text("connect") == "Cоединиться") {
+            fixture.module.hangUp(); // it may be about to restart
+            fixture.module.reconnect();
+            fixture.click("connect");
         }
-        if (user.text("scan_parameters") == "Стоп сканирования")
-            user.click("scan_parameters");
-        if (user.text("applyButton") == "Остановить запись")
-            user.click("applyButton");
-        const Kind kind = user.module.kind();
-        user.enter("conbox0", user.find<QComboBox>("conbox0")->itemText(static_cast<int>(kind)));
-        user.commands.clear();
+        if (fixture.text("scan_parameters") == "Стоп сканирования")
+            fixture.click("scan_parameters");
+        if (fixture.text("applyButton") == "Остановить запись")
+            fixture.click("applyButton");
+        const Kind kind = fixture.module.kind();
+        fixture.enter("conbox0",
+                      fixture.find<QComboBox>("conbox0")->itemText(static_cast<int>(kind)));
+        fixture.commands.clear();
         for (const char *button : {"applyButton", "scan_parameters"}) {
-            user.start(button);
-            QVERIFY(user.tickAndAwaitCommand());
-            user.click(button);
+            fixture.start(button);
+            QVERIFY(fixture.tickAndAwaitCommand());
+            fixture.click(button);
         }
         // Unread commands may precede it.
-        QVERIFY(user.commands.first().contains(parametersOf(kind, false)[0].command.split(':')[0]));
-        QCOMPARE(user.commands.last(), user.module.queries().first());
+        QVERIFY(
+            fixture.commands.first().contains(parametersOf(kind, false)[0].command.split(':')[0]));
+        QCOMPARE(fixture.commands.last(), fixture.module.queries().first());
     }
 };
 

@@ -23,36 +23,37 @@ private slots:
                     lilacFields.append(parameter.widget);
                 }
             }
-            WindowFixture user(kind);
-            user.connectAndFillForm();
-            user.start("scan_parameters");
-            COMPARE(user.state(), user.known("reading"));
-            COMPARE(user.filled().join(' '), universal ? "" : expand("<universal>", kind));
+            WindowFixture fixture(kind);
+            fixture.connectAndFillForm();
+            fixture.start("scan_parameters");
+            COMPARE(fixture.state(), fixture.known("reading"));
+            COMPARE(fixture.filled().join(' '), universal ? "" : expand("<universal>", kind));
 
-            user.tick();
+            fixture.tick();
             for (const ParameterCase &parameter : parameters) {
-                QTRY_COMPARE(user.commands.value(user.commands.size() - 1), parameter.query);
+                QTRY_COMPARE(fixture.commands.value(fixture.commands.size() - 1), parameter.query);
                 const QString label = parameter.widget + ": ";
                 if (!withTick && parameter.widget.startsWith("lineEdit")) {
                     const QByteArray digits = "0123456789abcdefghij";
-                    QVERIFY(user.deliver(simulator::queryReply(parameter.query, digits)));
-                    QCOMPARE(user.shown(parameter.widget),
+                    QVERIFY(fixture.deliver(simulator::queryReply(parameter.query, digits)));
+                    QCOMPARE(fixture.shown(parameter.widget),
                              label + digits.left(parameter.width) + ", green");
                 }
                 const QByteArray reply = simulator::queryReply(parameter.query, parameter.onLine);
-                QVERIFY(withTick ? user.deliverWithTick(reply) : user.deliver(reply));
+                QVERIFY(withTick ? fixture.deliverWithTick(reply) : fixture.deliver(reply));
                 // If the last reply came with the last tick, its mark is removed already.
-                const QString mark = user.activeTimer() ? "green" : user.markOf(parameter.widget);
-                COMPARE(user.shown(parameter.widget), label + parameter.inForm + ", " + mark);
+                const QString mark =
+                    fixture.activeTimer() ? "green" : fixture.markOf(parameter.widget);
+                COMPARE(fixture.shown(parameter.widget), label + parameter.inForm + ", " + mark);
                 if (!withTick)
-                    user.tick();
+                    fixture.tick();
             }
-            COMPARE(user.state(), user.known("connected"));
-            COMPARE(user.boxes, QStringList());
-            QCOMPARE(user.commands.size(), parameters.size());
-            COMPARE(user.marked(), universal ? lilacFields : QStringList());
-            COMPARE(user.marked("lilac"), user.marked());
-            QCOMPARE(user.text("checkBox") == "checked", withTick && universal);
+            COMPARE(fixture.state(), fixture.known("connected"));
+            COMPARE(fixture.boxes, QStringList());
+            QCOMPARE(fixture.commands.size(), parameters.size());
+            COMPARE(fixture.marked(), universal ? lilacFields : QStringList());
+            COMPARE(fixture.marked("lilac"), fixture.marked());
+            QCOMPARE(fixture.text("checkBox") == "checked", withTick && universal);
         }
     }
 
@@ -61,64 +62,65 @@ private slots:
     {
         QFETCH(Kind, kind);
         QFETCH(QByteArrayList, row);
-        WindowFixture user(kind);
-        user.connectAndFillForm();
-        QVERIFY(user.deliver("MAC before the start"));
-        user.start("scan_parameters");
-        QVERIFY(user.deliver("MAC before the first query"));
+        WindowFixture fixture(kind);
+        fixture.connectAndFillForm();
+        QVERIFY(fixture.deliver("MAC before the start"));
+        fixture.start("scan_parameters");
+        QVERIFY(fixture.deliver("MAC before the first query"));
         QString widget;
         for (const ParameterCase &parameter : parametersOf(kind)) {
-            if (!user.commands.endsWith(row[0])) {
-                QVERIFY(user.tickAndAwaitCommand());
+            if (!fixture.commands.endsWith(row[0])) {
+                QVERIFY(fixture.tickAndAwaitCommand());
                 widget = parameter.widget;
             }
         }
-        COMPARE(user.state(), user.known("reading"));
-        const QStringList before = user.marked();
+        COMPARE(fixture.state(), fixture.known("reading"));
+        const QStringList before = fixture.marked();
 
         for (const QByteArray &reply : row.mid(1)) {
             const auto arrow = reply.indexOf('>');
             const QString result = reply.mid(arrow + 1);
             const bool isMark = result == "red" || result == "lilac";
-            const QString shown = isMark ? user.text(widget) + ", " + result : result + ", green";
-            QVERIFY(user.deliver(reply.left(arrow)));
-            COMPARE(user.shown(widget), widget + ": " + shown);
-            QCOMPARE(user.text("checkBox") == "checked", reply.contains("off"));
-            QCOMPARE(user.isEnabled("lineEdit_tcp_id"), !reply.contains("off"));
+            const QString shown =
+                isMark ? fixture.text(widget) + ", " + result : result + ", green";
+            QVERIFY(fixture.deliver(reply.left(arrow)));
+            COMPARE(fixture.shown(widget), widget + ": " + shown);
+            QCOMPARE(fixture.text("checkBox") == "checked", reply.contains("off"));
+            QCOMPARE(fixture.isEnabled("lineEdit_tcp_id"), !reply.contains("off"));
         }
-        user.find<QWidget>(widget)->setStyleSheet("");
-        COMPARE(user.marked(), before);
+        fixture.find<QWidget>(widget)->setStyleSheet("");
+        COMPARE(fixture.marked(), before);
     }
 
     void keepsReadingBehindEmptyDeliveryBoxes()
     {
         constexpr int maxBoxes = 10;
-        WindowFixture user;
-        user.connectAndFillForm();
-        user.start("scan_parameters");
-        QVERIFY(user.tickAndAwaitCommand());
-        user.leavesDialogsOpen = true;
+        WindowFixture fixture;
+        fixture.connectAndFillForm();
+        fixture.start("scan_parameters");
+        QVERIFY(fixture.tickAndAwaitCommand());
+        fixture.leavesDialogsOpen = true;
         const auto look = [&] {
-            QVERIFY(user.deliver("\n"));
-            QVERIFY(user.deliver("MODE TCP client"));
-            QCOMPARE(user.text("comboBox_mode"), QString("Клиент TCP"));
-            QVERIFY(user.tickAndAwaitCommand());
-            QVERIFY(user.deliver("version 1") && user.deliver("version 2"));
-            QCOMPARE(user.text("lineEdit_version"), QString("2"));
+            QVERIFY(fixture.deliver("\n"));
+            QVERIFY(fixture.deliver("MODE TCP client"));
+            QCOMPARE(fixture.text("comboBox_mode"), QString("Клиент TCP"));
+            QVERIFY(fixture.tickAndAwaitCommand());
+            QVERIFY(fixture.deliver("version 1") && fixture.deliver("version 2"));
+            QCOMPARE(fixture.text("lineEdit_version"), QString("2"));
         };
-        user.onBox = [&](QMessageBox *) {
-            if (user.boxes.size() < maxBoxes) { // opens another box above it
-                user.module.send(user.boxes.size() % 2 == 0 ? "\r\n" : QByteArray(1, '\0'));
+        fixture.onBox = [&](QMessageBox *) {
+            if (fixture.boxes.size() < maxBoxes) { // opens another box above it
+                fixture.module.send(fixture.boxes.size() % 2 == 0 ? "\r\n" : QByteArray(1, '\0'));
                 return;
             }
             look();
-            for (QMessageBox *box : user.window.findChildren<QMessageBox *>())
+            for (QMessageBox *box : fixture.window.findChildren<QMessageBox *>())
                 box->accept();
         };
-        QVERIFY(user.deliver("\r\n"));
-        QTRY_COMPARE(user.boxes.size(), maxBoxes);
+        QVERIFY(fixture.deliver("\r\n"));
+        QTRY_COMPARE(fixture.boxes.size(), maxBoxes);
         QTRY_VERIFY(!QApplication::activeModalWidget());
-        QCOMPARE(user.boxes.count(user.known("empty delivery")), maxBoxes);
+        QCOMPARE(fixture.boxes.count(fixture.known("empty delivery")), maxBoxes);
     }
 };
 

@@ -13,51 +13,51 @@ private slots:
         QFETCH(QByteArrayList, row);
         const QByteArray &moment = row[0];
         const int onlyRow = row[1].toInt();
-        WindowFixture user(kind);
-        user.connectAndFillForm();
-        user.start("applyButton");
-        QVERIFY(user.deliver("MAC before the first command"));
-        COMPARE(user.state(), user.known("writing"));
+        WindowFixture fixture(kind);
+        fixture.connectAndFillForm();
+        fixture.start("applyButton");
+        QVERIFY(fixture.deliver("MAC before the first command"));
+        COMPARE(fixture.state(), fixture.known("writing"));
         for (const ParameterCase &write : parametersOf(kind, false)) {
-            QVERIFY(user.tickAndAwaitCommand());
-            const bool acknowledged = onlyRow == 0 || onlyRow == user.commands.size();
+            QVERIFY(fixture.tickAndAwaitCommand());
+            const bool acknowledged = onlyRow == 0 || onlyRow == fixture.commands.size();
             const QByteArray word = acknowledgementOf(kind);
             if (!acknowledged || moment == "after")
-                user.tick();
+                fixture.tick();
             if (!acknowledged)
                 continue;
-            QVERIFY(moment == "with" ? user.deliverWithTick(word) : user.deliver(word));
-            QCOMPARE(write.widget + user.markOf(write.widget), write.widget + "green");
+            QVERIFY(moment == "with" ? fixture.deliverWithTick(word) : fixture.deliver(word));
+            QCOMPARE(write.widget + fixture.markOf(write.widget), write.widget + "green");
             if (moment == "before")
-                user.tick();
+                fixture.tick();
         }
-        const QStringList marksBefore = user.marked();
-        user.onBox = [&](QMessageBox *) {
-            COMPARE(user.state(), user.known("connected"));
-            COMPARE(user.marked(), marksBefore);
+        const QStringList marksBefore = fixture.marked();
+        fixture.onBox = [&](QMessageBox *) {
+            COMPARE(fixture.state(), fixture.known("connected"));
+            COMPARE(fixture.marked(), marksBefore);
         };
-        user.tick();
-        COMPARE(user.boxes, QStringList{user.known("success")});
-        TRY_COMPARE(user.commands, writeCommandsOf(kind));
+        fixture.tick();
+        COMPARE(fixture.boxes, QStringList{fixture.known("success")});
+        TRY_COMPARE(fixture.commands, writeCommandsOf(kind));
     }
 
     void sendsWhatTheFormShows_data() { addKindRows(); }
     void sendsWhatTheFormShows()
     {
         QFETCH(Kind, kind);
-        WindowFixture user(kind);
-        user.connectAndFillForm();
+        WindowFixture fixture(kind);
+        fixture.connectAndFillForm();
         for (const QByteArrayList &row : rowsOf("codes.txt", kind)) {
             const QByteArray keyword = row[2].left(row[2].indexOf(':') + 1);
-            user.commands.clear();
-            user.start("applyButton");
-            while (!writeCommandsOf(kind)[user.commands.size()].startsWith(keyword))
-                QVERIFY(user.writeRows(1));
+            fixture.commands.clear();
+            fixture.start("applyButton");
+            while (!writeCommandsOf(kind)[fixture.commands.size()].startsWith(keyword))
+                QVERIFY(fixture.writeRows(1));
             // Not earlier: a value is read when its command is sent.
-            user.enter(row[0], row[1]);
-            QVERIFY(user.tickAndAwaitCommand());
-            QCOMPARE(user.commands.last(), row[2]);
-            user.click("applyButton");
+            fixture.enter(row[0], row[1]);
+            QVERIFY(fixture.tickAndAwaitCommand());
+            QCOMPARE(fixture.commands.last(), row[2]);
+            fixture.click("applyButton");
         }
     }
 
@@ -69,37 +69,38 @@ private slots:
         const QByteArray ok = acknowledgementOf(kind);
         const QByteArray otherOk = acknowledgementOf(universal ? Kind::TcpRtu : Kind::Universal);
         const QByteArrayList refusals{otherOk, ok + ' ', "Ok", ok + ok, "no", "?"};
-        WindowFixture user(kind);
-        user.connectAndFillForm();
+        WindowFixture fixture(kind);
+        fixture.connectAndFillForm();
         int row = 0;
         for (const ParameterCase &write : parametersOf(kind, false)) {
             const auto marked = [&] {
-                return QString(write.widget + ' ' + user.markOf(write.widget));
+                return QString(write.widget + ' ' + fixture.markOf(write.widget));
             };
             const bool lenient = universal && write.exceptions.contains("lenient");
             const bool tight = write.exceptions.contains("tight");
-            user.boxes.clear();
-            user.commands.clear();
-            user.start("applyButton");
-            QVERIFY(user.writeRows(row));
-            QVERIFY(user.tickAndAwaitCommand());
+            fixture.boxes.clear();
+            fixture.commands.clear();
+            fixture.start("applyButton");
+            QVERIFY(fixture.writeRows(row));
+            QVERIFY(fixture.tickAndAwaitCommand());
             for (const QByteArray &other : refusals.mid(0, lenient ? 5 : 0)) {
-                QVERIFY(user.deliver(other));
+                QVERIFY(fixture.deliver(other));
                 QCOMPARE(marked(), write.widget + ' ');
             }
-            QVERIFY(user.deliver(QByteArray(ok).insert(1, '\r') + '\n'));
+            QVERIFY(fixture.deliver(QByteArray(ok).insert(1, '\r') + '\n'));
             QCOMPARE(marked(), write.widget + " green");
 
-            user.onBox = [&](QMessageBox *) {
-                QVERIFY(user.deliver(ok) && user.deliver("MAC 01-02")); // ignored
+            fixture.onBox = [&](QMessageBox *) {
+                QVERIFY(fixture.deliver(ok) && fixture.deliver("MAC 01-02")); // ignored
                 QCOMPARE(marked(), write.widget + " red");
             };
             // Arrives together with the tick that would send the next command.
-            user.tick();
-            QVERIFY(user.deliverWithTick(lenient ? "?\r\n" : refusals[row % refusals.size()]));
-            TRY_COMPARE(user.state(), user.known("connected"));
-            COMPARE(user.boxes, QStringList{user.known(tight ? "refused tightly" : "refused")});
-            COMPARE(user.commands, writeCommandsOf(kind).mid(0, row + 1));
+            fixture.tick();
+            QVERIFY(fixture.deliverWithTick(lenient ? "?\r\n" : refusals[row % refusals.size()]));
+            TRY_COMPARE(fixture.state(), fixture.known("connected"));
+            COMPARE(fixture.boxes,
+                    QStringList{fixture.known(tight ? "refused tightly" : "refused")});
+            COMPARE(fixture.commands, writeCommandsOf(kind).mid(0, row + 1));
             ++row;
         }
     }
