@@ -66,11 +66,11 @@ void addRowsOf(const QString &file)
     }
 }
 
-QVector<ParameterCase> parametersOf(Kind kind, bool displayOnlyToo)
+QVector<ParameterCase> parametersOf(Kind kind, bool readOnlyToo)
 {
     QVector<ParameterCase> parameters;
     for (const QByteArrayList &row : rowsOf("parameters.txt", kind)) {
-        if (displayOnlyToo || !row[5].isEmpty())
+        if (readOnlyToo || !row[5].isEmpty())
             parameters.append({row[0], row[1], row[2], row[3], row[4].toInt(), row[5], row[6]});
     }
     return parameters;

@@ -59,11 +59,11 @@ struct ParameterCase {
     QByteArray query;
     QByteArray onLine;
     int width;             ///< 0 for a combo box
-    QByteArray command;    ///< empty if it is display-only
+    QByteArray command;    ///< empty if it is read-only
     QByteArray exceptions; ///< of its write
 };
 /// In the order in which they are read and written.
-QVector<ParameterCase> parametersOf(Kind kind, bool displayOnlyToo = true);
+QVector<ParameterCase> parametersOf(Kind kind, bool readOnlyToo = true);
 QStringList fieldsOf(Kind kind);           ///< names of the widgets
 QByteArrayList writeCommandsOf(Kind kind); ///< the commands of a complete write, with the restart
 QByteArray acknowledgementOf(Kind kind);
