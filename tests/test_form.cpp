@@ -51,10 +51,11 @@ static QStringList describeGroup(const QGroupBox *group)
 }
 
 /// WCAG contrast ratio between the most frequent shade of an area and the one farthest from it.
-/// Frame and cursor are cropped.
-static double contrast(QWidget *widget, const QRect &area)
+/// Frame and cursor are cropped. By default, the area is the widget's.
+static double contrast(QWidget *widget, QRect area = {})
 {
     QTest::qWait(1); // applies the style
+    area = area.isNull() ? widget->rect() : area;
     const QImage picture = widget->grab(area.adjusted(12, 3, -12, -3)).toImage();
     const auto part = [](int value) { return std::pow((value / 255.0 + 0.055) / 1.055, 2.4); };
     QMap<double, int> shades;
@@ -66,11 +67,6 @@ static double contrast(QWidget *widget, const QRect &area)
     const QList<int> counts = shades.values();
     const double most = shades.key(*std::max_element(counts.begin(), counts.end()));
     return std::max(shades.lastKey() / most, most / shades.firstKey());
-}
-
-static double contrast(QWidget *widget)
-{
-    return contrast(widget, widget->rect());
 }
 
 /// The size that the text and the cursor, or the other content, need.

@@ -8,23 +8,10 @@
 #include <QProcess>
 #include <QSerialPortInfo>
 
-#include <cstdlib>
-
 #include <dlfcn.h>
 #include <fcntl.h>
-#include <malloc.h>
 #include <termios.h>
 #include <unistd.h>
-
-/// Without memory that is freed but cached. Always 0 under sanitizers.
-static qint64 bytesInUse()
-{
-#pragma GCC diagnostic push // mallinfo2() is newer than our oldest C library
-#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
-    const struct mallinfo info = mallinfo();
-#pragma GCC diagnostic pop
-    return static_cast<qint64>(info.uordblks) + info.hblkhd;
-}
 
 // Stand-ins for functions of the libraries.
 
@@ -189,16 +176,12 @@ private slots:
         fixture.start("scan_parameters");
         fixture.tick();
 
-        QTRY_COMPARE(fixture.markOf("lineEdit_MAC"),
-                     QString("green")); // the flood contains a value
-
-        const qint64 before = bytesInUse();
+        // The flood contains a value.
+        QTRY_COMPARE(fixture.markOf("lineEdit_MAC"), QString("green"));
         for (int clicks = 0; clicks < 100; ++clicks) { // each click is handled during the flood
             QTest::qWait(20);
             fixture.click("scan_parameters");
         }
-        QVERIFY(bytesInUse() - before < 1 << 20);
-
         fixture.click("connect");
         simulator.terminate();
         QVERIFY(simulator.waitForFinished());
