@@ -27,10 +27,8 @@ private slots:
         simulator::SimulatedModule module(simulator::Options{});
         QVERIFY(module.start());
         const int killed = open(module.portPath().toUtf8(), O_RDWR | O_NOCTTY);
-        int exclusive = 0;
-        QVERIFY(ioctl(killed, TIOCEXCL) == 0);
-        QVERIFY(ioctl(killed, TIOCGEXCL, &exclusive) == 0);
-        QVERIFY(exclusive != 0 && close(killed) == 0); // leaves exclusive access behind
+        QVERIFY(ioctl(killed, TIOCEXCL) == 0 && close(killed) == 0);
+        int exclusive = 1;
         QTRY_VERIFY(ioctl(module.slaveFd(), TIOCGEXCL, &exclusive) == 0 && exclusive == 0);
     }
 
@@ -66,7 +64,7 @@ private slots:
             QVERIFY(simulator.waitForReadyRead());
             QCOMPARE(simulator.readLine().trimmed(), link.toUtf8());
             QVERIFY(QFile::exists(link));
-            kill(static_cast<pid_t>(simulator.processId()), signal);
+            QVERIFY(simulator.processId() > 0 && kill(pid_t(simulator.processId()), signal) == 0);
             QVERIFY(simulator.waitForFinished());
             QCOMPARE(simulator.exitCode(), 0);
             QVERIFY(!QFileInfo(link).isSymLink());
