@@ -147,8 +147,7 @@ private slots:
         put(path, nondefaults);
         fixture->trigger("action_open_2", path);
         QCOMPARE(fixture->text("action"), "Текущий файл (" + path + ")");
-        fixture->trigger("action_save",
-                         folder->filePath("copy.TRset")); // does not change the current file
+        fixture->trigger("action_save", folder->filePath("copy.TRset")); // not the current file
         QCOMPARE(contentOf("copy.TRset"), nondefaults);
 
         put(path, QByteArray(nondefaults).replace("10.0.0.7", "10.0.0.8"));
@@ -163,8 +162,8 @@ private slots:
         QCOMPARE(fixture->text("action"), QString("Текущий файл ()"));
         fixture->trigger("action");
         fixture->trigger("action_save"); // cancelled
-        QCOMPARE(fixture->boxes.count(fixture->known("no file")), 3);
-        QCOMPARE(fixture->boxes.size(), 3);
+        const QString noFile = fixture->known("no file");
+        COMPARE(fixture->boxes, (QStringList{noFile, noFile, noFile}));
         QCOMPARE(fixture->text("lineEdit_ip"), QString("1.2.3.4"));
         QCOMPARE(files(), QStringList{"copy.TRset"});
     }
@@ -177,9 +176,7 @@ private slots:
         setting_module store;
         for (const char *target : {"", "pipe", "huge", "folder"}) {
             store.SaveNTSetting(target);
-            QVERIFY(store.settings);
             store.LoadNTSetting(target);
-            QVERIFY(store.settings);
             QCOMPARE(store.moduleName, QString());
         }
         QCOMPARE(files(), before);
@@ -188,9 +185,7 @@ private slots:
 
     void failedSaveLeavesNothingBehind()
     {
-        const auto nondefaultsWith = [this](const char *address) {
-            return QByteArray(nondefaults).replace("10.0.0.7", address);
-        };
+        const QByteArray changed = QByteArray(nondefaults).replace("10.0.0.7", "10.0.0.8");
         put(path, nondefaults);
         fixture->trigger("action_open_2", path);
         fixture->enter("lineEdit_ip", "1.2.3.4");
@@ -204,13 +199,10 @@ private slots:
         QCOMPARE(files(), QStringList{"site.TRset"});
         fixture->trigger("action");
         QCOMPARE(fixture->text("lineEdit_ip"), QString("10.0.0.7"));
-        put(path, nondefaultsWith("10.0.0.8"));
+        put(path, changed);
         fixture->trigger("action");
         QCOMPARE(fixture->text("lineEdit_ip"), QString("10.0.0.8"));
-        QCOMPARE(contentOf(path), nondefaultsWith("10.0.0.8"));
-        fixture->enter("lineEdit_ip", "10.0.0.9");
-        fixture->trigger("action_save", path);
-        QCOMPARE(contentOf(path), nondefaultsWith("10.0.0.9"));
+        QCOMPARE(contentOf(path), changed);
     }
 
     void savesThroughSymlinksAndKeepsTheMode()

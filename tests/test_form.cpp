@@ -1,6 +1,5 @@
 // The window before it is connected, as a person sees it, for each module kind.
 
-#include "texts.h"
 #include "window_fixture.h"
 
 #include <QAbstractButton>
@@ -201,11 +200,6 @@ private slots:
                          qPrintable(fixture.shown(name)));
             }
         }
-        for (const char *text : {text::writeError, text::writeSucceeded}) {
-            QMessageBox box(QMessageBox::NoIcon, "", text, QMessageBox::Ok, &fixture.window);
-            box.show();
-            QVERIFY2(contrast(box.findChild<QLabel *>("qt_msgbox_label")) >= 4.5, text);
-        }
         // Selected text.
         fixture.enter("lineEdit_ip", "255.255.255.255.255.255.255.255");
         fixture.find<QLineEdit>("lineEdit_ip")->selectAll();
@@ -230,8 +224,7 @@ private slots:
         for (const bool off : {true, false}) {
             fixture.click("checkBox");
             QCOMPARE(fixture.isEnabled("lineEdit_tcp_id"), !off);
-            QCOMPARE(fixture.shown("lineEdit_tcp_id"),
-                     off ? QString("lineEdit_tcp_id: , lilac") : "lineEdit_tcp_id: , ");
+            QVERIFY(fixture.shown("lineEdit_tcp_id").endsWith(off ? ": , lilac" : ": , "));
         }
     }
 };

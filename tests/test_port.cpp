@@ -31,12 +31,14 @@ QString QSerialPortInfo::portName() const
 
 /// Because a pty does not keep the parity.
 static QVector<termios> lineSettings;
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name, *-reinterpret-cast)
 extern "C" int tcsetattr(int descriptor, int actions, const termios *settings) noexcept
 {
     lineSettings.append(*settings);
     static void *const original = dlsym(RTLD_NEXT, "tcsetattr");
     return reinterpret_cast<decltype(&tcsetattr)>(original)(descriptor, actions, settings);
 }
+// NOLINTEND(readability-inconsistent-declaration-parameter-name, *-reinterpret-cast)
 
 class TestPort : public QObject {
     Q_OBJECT

@@ -14,8 +14,7 @@ private slots:
         const bool universal = kind == Kind::Universal;
         QVector<ParameterCase> parameters = parametersOf(kind);
         QStringList lilacFields{"lineEdit_version", "lineEdit_MAC"};
-        for (const bool withTick :
-             {false, true}) { // each reply arrives together with the next tick
+        for (const bool withTick : {false, true}) { // each reply arrives with the next tick
             for (ParameterCase &parameter : parameters) {
                 if (withTick && parameter.widget == "lineEdit_tcp_id") {
                     parameter.onLine = "off";
@@ -100,20 +99,17 @@ private slots:
         fixture.start("scan_parameters");
         QVERIFY(fixture.tickAndAwaitCommand());
         fixture.leavesDialogsOpen = true;
-        const auto look = [&] {
+        fixture.onBox = [&](QMessageBox *) {
+            if (fixture.boxes.size() < maxBoxes) { // opens another box above it
+                fixture.module.send(fixture.boxes.size() % 2 == 0 ? "\r\n" : QByteArray(1, '\0'));
+                return;
+            }
             QVERIFY(fixture.deliver("\n"));
             QVERIFY(fixture.deliver("MODE TCP client"));
             QCOMPARE(fixture.text("comboBox_mode"), QString("Клиент TCP"));
             QVERIFY(fixture.tickAndAwaitCommand());
             QVERIFY(fixture.deliver("version 1") && fixture.deliver("version 2"));
             QCOMPARE(fixture.text("lineEdit_version"), QString("2"));
-        };
-        fixture.onBox = [&](QMessageBox *) {
-            if (fixture.boxes.size() < maxBoxes) { // opens another box above it
-                fixture.module.send(fixture.boxes.size() % 2 == 0 ? "\r\n" : QByteArray(1, '\0'));
-                return;
-            }
-            look();
             for (QMessageBox *box : fixture.window.findChildren<QMessageBox *>())
                 box->accept();
         };

@@ -43,8 +43,8 @@ template <class Value> QByteArray printable(const Value &value)
 /// QCOMPARE for lists, which it does not print, and for Russian texts, which it escapes and cuts.
 #define COMPARE(actual, expected)                                                                  \
     do {                                                                                           \
-        const auto is = actual;                                                                    \
-        const auto shouldBe = expected;                                                            \
+        const auto &is = actual;                                                                   \
+        const auto &shouldBe = expected;                                                           \
         QVERIFY2(is == shouldBe, printable(is) + "\nexpected: " + printable(shouldBe));            \
     } while (false)
 /// The same, but waits for it.

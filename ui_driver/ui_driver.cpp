@@ -147,23 +147,25 @@ void UiDriver::pollDialogs()
     if (!dialog || dialog->property("seen").toBool())
         return;
     dialog->setProperty("seen", true);
-    if (auto *fileDialog = qobject_cast<QFileDialog *>(dialog)) {
-        fileDialogs.append(fileDialog->windowTitle() + ": " + fileDialog->nameFilters().join(' ')
-                           + ": " + fileDialog->directory().path());
-        if (!leavesDialogsOpen && !answer(fileDialog, nextPath))
-            abortWait("the file dialog does not take " + nextPath);
-        return;
-    }
-    auto *box = qobject_cast<QMessageBox *>(dialog);
-    QAbstractButton *button =
-        box->button(QMessageBox::Yes); // a file dialog asks whether to overwrite
+    if (auto *fileDialog = qobject_cast<QFileDialog *>(dialog))
+        handleFileDialog(fileDialog);
+    else
+        handleBox(qobject_cast<QMessageBox *>(dialog));
+}
+
+void UiDriver::handleFileDialog(QFileDialog *dialog)
+{
+    fileDialogs.append(dialog->windowTitle() + ": " + dialog->nameFilters().join(' ') + ": "
+                       + dialog->directory().path());
+    if (!leavesDialogsOpen && !answer(dialog, nextPath))
+        abortWait("the file dialog does not take " + nextPath);
+}
+
+void UiDriver::handleBox(QMessageBox *box)
+{
+    QAbstractButton *button = box->button(QMessageBox::Yes); // of a file dialog: overwrite?
     if (!button) {
-        const char *icon = QMetaEnum::fromType<QMessageBox::Icon>().valueToKey(box->icon());
-        boxes.append(QString("%1: %2: %3").arg(icon, box->windowTitle(), box->text()));
-        if (box->parent() != &window)
-            boxes.last() += " (no parent)";
-        if (box->windowIcon().availableSizes() != window.windowIcon().availableSizes())
-            boxes.last() += " (no icon)";
+        boxes.append(describe(box));
         if (onBox)
             onBox(box);
         for (QAbstractButton *candidate : box->buttons()) {
@@ -184,4 +186,15 @@ void UiDriver::pollDialogs()
     }
     if (box->isVisible())
         box->accept();
+}
+
+QString UiDriver::describe(const QMessageBox *box) const
+{
+    const char *icon = QMetaEnum::fromType<QMessageBox::Icon>().valueToKey(box->icon());
+    QString text = QString("%1: %2: %3").arg(icon, box->windowTitle(), box->text());
+    if (box->parent() != &window)
+        text += " (no parent)";
+    if (box->windowIcon().availableSizes() != window.windowIcon().availableSizes())
+        text += " (no icon)";
+    return text;
 }

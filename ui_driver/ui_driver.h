@@ -69,6 +69,9 @@ public:
 private:
     [[noreturn]] static void fail(const QString &reason);
     void pollDialogs();
+    void handleFileDialog(QFileDialog *dialog);
+    void handleBox(QMessageBox *box);
+    QString describe(const QMessageBox *box) const;
 
     QString nextPath;
     QString failure;
