@@ -75,8 +75,7 @@ Demonstrator::Demonstrator(const simulator::Options &options, const QDir &pictur
         const auto nameOf = [&ui](auto field) { return (ui.*field)->objectName(); };
         const QString name = std::visit(nameOf, parameter->field);
         const QString value = newValue(*parameter, name);
-        // A line edit shows the code itself.
-        const bool isText = parameter->codes(Dialect::Fixed).isEmpty();
+        const bool isText = std::holds_alternative<QLineEdit * Ui_MainWindow::*>(parameter->field);
         fields.append({name, value, isText ? value.left(parameter->width) : value});
     }
     onBox = [this](QMessageBox * /*box*/) {

@@ -140,7 +140,7 @@ private slots:
         driver.find<QComboBox>("conbox0")->setCurrentIndex(static_cast<int>(kind));
         driver.window.show();
         for (const QByteArrayList &row : tableOf("widest.txt"))
-            driver.find<QWidget>(row[0])->setProperty("text", QString(row[1]));
+            QVERIFY2(driver.find<QWidget>(row[0])->setProperty("text", QString(row[1])), row[0]);
         QTest::qWait(1); // for the layout
         for (QWidget *widget : driver.find<QWidget>("centralwidget")->findChildren<QWidget *>()) {
             if (!widget->isVisible() || qobject_cast<QGroupBox *>(widget))

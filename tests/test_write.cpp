@@ -2,6 +2,8 @@
 
 #include "window_fixture.h"
 
+#include <QComboBox>
+
 class TestWrite : public QObject {
     Q_OBJECT
 
@@ -27,7 +29,8 @@ private slots:
             if (!acknowledged)
                 continue;
             QVERIFY(moment == "with" ? fixture.deliverWithTick(word) : fixture.deliver(word));
-            QCOMPARE(write.widget + fixture.markOf(write.widget), write.widget + "green");
+            QCOMPARE(fixture.commands.last(), write.command);
+            QCOMPARE(write.widget + ' ' + fixture.markOf(write.widget), write.widget + " green");
             if (moment == "before")
                 fixture.tick();
         }
@@ -47,7 +50,9 @@ private slots:
         QFETCH(Kind, kind);
         WindowFixture fixture(kind);
         fixture.connectAndFillForm();
+        QMap<QString, int> entries;
         for (const QByteArrayList &row : rowsOf("codes.txt", kind)) {
+            ++entries[row[0]];
             const QByteArray keyword = row[2].left(row[2].indexOf(':') + 1);
             fixture.commands.clear();
             fixture.start("applyButton");
@@ -58,6 +63,11 @@ private slots:
             QVERIFY(fixture.tickAndAwaitCommand());
             QCOMPARE(fixture.commands.last(), row[2]);
             fixture.click("applyButton");
+        }
+        for (const ParameterCase &parameter : parametersOf(kind)) {
+            const auto *combo = fixture.window.findChild<QComboBox *>(parameter.widget);
+            QVERIFY2(!combo || entries[parameter.widget] == combo->count(),
+                     qPrintable("an item has no row in codes.txt: " + parameter.widget));
         }
     }
 

@@ -25,13 +25,11 @@ QString nameOf(Kind kind);
 void addKindRows(); ///< adds a row for each module kind, with a column "kind"
 
 QByteArray contentOf(const QString &path);
-/// The rows of a table in data/. Bars separate cells, %xx is a byte, lines that begin with # are
-/// comments.
+/// The rows of a table in data/. Bars separate cells, %xx is a byte, # begins a comment line.
 QList<QByteArrayList> tableOf(const QString &file);
 /// The rows whose first cell contains the number of the kind, without that cell.
 QList<QByteArrayList> rowsOf(const QString &file, Kind kind);
-void addRowsOf(
-    const QString &file); ///< adds a test row for each, with columns "kind" and "row", expanded
+void addRowsOf(const QString &file); ///< adds test rows with columns "kind" and "row", expanded
 
 template <class Value> QByteArray printable(const Value &value)
 {
