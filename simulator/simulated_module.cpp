@@ -142,8 +142,7 @@ void SimulatedModule::sendNext()
 
 void SimulatedModule::flood()
 {
-    // Without NUL: a delivery that begins with it is empty and opens a message box, for each of
-    // which Qt 6.11 leaks memory. That would hide how much the client itself keeps.
+    // Without NUL, because each delivery that begins with it opens a message box.
     if (floodEnd.hasExpired() || !line.isOpen())
         floodTimer.stop();
     else
