@@ -83,7 +83,7 @@ Demonstrator::Demonstrator(const simulator::Options &options, const QDir &pictur
             abortWait("unexpected message box \"" + boxes.last() + '"');
     };
     window.show();
-    // The list of ports keeps its present width, however long the path of the module's is.
+    // The list of ports keeps its present width, however long the module's path is.
     Application::processEvents();
 }
 

@@ -22,7 +22,7 @@ static simulator::Options processOptions()
     return simulator::processOptions(parser);
 }
 
-/// Prints the options and exits, if that is asked for. Without an Application, which aborts if
+/// Prints the options and exits, if help is requested. Without an Application, which aborts if
 /// there is no display.
 static void processHelp(int argc, char *argv[])
 {

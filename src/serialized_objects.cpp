@@ -36,11 +36,11 @@ ushort decodeEscape(const char *&at, const char *end)
 
 } // namespace
 
-// QSettings drops some of the quotes, blanks, escapes and byte order marks. Here all of them are
+// QSettings drops some of the quotes, spaces, escapes and byte order marks. Here all of them are
 // dropped, and whatever else is not visible ASCII, so that no object can hide behind them.
 bool containsSerializedObject(const QByteArray &ini)
 {
-    QByteArray text; // with "=" for every character that a value or list item may follow
+    QByteArray text; // with "=" in place of each ","
     const char *at = ini.constData();
     const char *const end = at + ini.size();
     while (at != end) {

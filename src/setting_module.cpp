@@ -90,8 +90,8 @@ setting_module::~setting_module()
 }
 
 /// Opens a copy of the content in `settings`, or the original if the copy cannot be written to the
-/// folder. Returns whether the copy was written. Why QSettings must not open every file itself is
-/// told in docs/developers.md.
+/// folder. Returns whether the copy was written. docs/developers.md says why QSettings must
+/// not open every file itself.
 bool setting_module::openCopy(const QByteArray &content, const QString &folder,
                               const QString &original)
 {

@@ -145,7 +145,7 @@ private slots:
 
         int openedBoxes = 0;
         fixture.onBox = [&](QMessageBox *) {
-            // Already closed, because Qt SerialPort would report a hung-up port continuously.
+            // The port is closed by now: Qt SerialPort would report its hang-up continuously.
             if (fixture.boxes.last() == fixture.known("port lost"))
                 QVERIFY(fixture.state().startsWith("Disconnected, Отсоединиться"));
             if (++openedBoxes == 1)

@@ -38,14 +38,14 @@ template <class Value> QByteArray printable(const Value &value)
     return text.toUtf8();
 }
 // NOLINTBEGIN(cppcoreguidelines-macro-usage)
-/// QCOMPARE for lists, which it does not print, and for Russian texts, which it escapes and cuts.
+/// Like QCOMPARE, but prints lists too, and Russian texts unescaped and in full.
 #define COMPARE(actual, expected)                                                                  \
     do {                                                                                           \
         const auto &is = actual;                                                                   \
         const auto &shouldBe = expected;                                                           \
         QVERIFY2(is == shouldBe, printable(is) + "\nexpected: " + printable(shouldBe));            \
     } while (false)
-/// The same, but waits for it.
+/// The same, but waits until the values are equal.
 #define TRY_COMPARE(actual, expected)                                                              \
     QTRY_VERIFY2((actual) == (expected), printable(actual) + "\nexpected: " + printable(expected))
 // NOLINTEND(cppcoreguidelines-macro-usage)

@@ -55,7 +55,8 @@ public:
     /// have this button is accepted.
     QString boxAnswer;
     bool leavesDialogsOpen = false;
-    /// "icon: title: text" of each box that opened, with what it does not share with the window.
+    /// "icon: title: text" of each box that opened, then "(no parent)" if the window is not its
+    /// parent, and "(no icon)" if it has not the window's icon.
     QStringList boxes;
     QStringList fileDialogs; ///< "title: filters: folder" of each file dialog that opened
 
