@@ -182,7 +182,6 @@ private slots:
         WindowFixture fixture;
         for (const char *name : {"label_21", "conbox0", "connect", "checkBox", "menuBar"})
             QVERIFY2(contrast(fixture.find<QWidget>(name)) >= 4.5, name);
-        // A disabled button is told from an enabled one at a glance, a value remains legible.
         const double disabled = contrast(fixture.find<QWidget>("applyButton"));
         QVERIFY2(disabled > 2.7 && disabled < 3.5, QByteArray::number(disabled));
         fixture.click("connect");

@@ -234,6 +234,7 @@ private:
         if (fixture.text("connect") == "Cоединиться") {
             fixture.module.hangUp(); // it may be about to restart
             fixture.module.reconnect();
+            fixture.choosePort(fixture.module.portPath()); // a refreshed list lacks it
             fixture.click("connect");
         }
         if (fixture.text("scan_parameters") == "Стоп сканирования")

@@ -84,8 +84,8 @@ private slots:
                 isMark ? fixture.text(widget) + ", " + result : result + ", green";
             QVERIFY(fixture.deliver(reply.left(arrow)));
             COMPARE(fixture.shown(widget), widget + ": " + shown);
-            QCOMPARE(fixture.text("checkBox") == "checked", reply.contains("off"));
-            QCOMPARE(fixture.isEnabled("lineEdit_tcp_id"), !reply.contains("off"));
+            QCOMPARE(fixture.text("checkBox") == "checked", reply.contains("slave id off"));
+            QCOMPARE(fixture.isEnabled("lineEdit_tcp_id"), !reply.contains("slave id off"));
         }
         fixture.find<QWidget>(widget)->setStyleSheet("");
         COMPARE(fixture.marked(), before);
