@@ -49,7 +49,7 @@ Application::Application(int &argc, char **argv)
     palette.setColor(QPalette::Highlight, "#9cc9f0");
     palette.setColor(QPalette::HighlightedText, Qt::black);
     setPalette(palette);
-    // A disabled button is told from an enabled one at a glance.
+    // A disabled button can be told from an enabled one at a glance.
     palette.setColor(QPalette::Disabled, QPalette::ButtonText, "#808080");
     setPalette(palette, "QPushButton");
 }

@@ -29,8 +29,8 @@ bool setField(QComboBox *field, const Codes &codes, const QString &value)
 
 } // namespace
 
-/// Handles one delivery. Boxes are opened by queued calls: readyRead is not emitted while its slot
-/// runs, so data that arrives behind a box opened here would be parsed as one reply.
+/// Handles one delivery. Boxes are opened by queued calls, because readyRead is not emitted while
+/// its slot runs.
 void MainWindow::readData()
 {
     replyText = protocol::decodeReply(serial.readAll());

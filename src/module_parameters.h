@@ -84,7 +84,7 @@ const QVector<Parameter> &parameters();
 /// The parameters that a read of this kind queries, in order.
 QVector<const Parameter *> readList(ModuleKind kind);
 
-/// How many of the first write commands are checked: the write ends if none is acknowledged.
+/// A write ends with an error if none of this many first commands is acknowledged.
 constexpr int checkedCommandCount = 2;
 
 /// The parameters that a write of this kind sends, in order.

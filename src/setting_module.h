@@ -38,7 +38,7 @@ public:
     QString rtuVirtualId;
     QString tcpSlaveId;            ///< or "off"
     QString fileName;              ///< answer of the last dialog, empty if it was cancelled
-    QSettings *settings = nullptr; ///< owned; the copy that the last load or save opened
+    QSettings *settings = nullptr; ///< owned; opened by the last load or save
 
 public slots:
     void LoadNTSetting(); ///< asks for the file
