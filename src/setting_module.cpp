@@ -6,6 +6,7 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QSaveFile>
+#include <QSet>
 #include <QSettings>
 #include <QTemporaryDir>
 
@@ -75,6 +76,19 @@ bool isUtf8(const QByteArray &text)
 bool write(QFileDevice &file, const QByteArray &content)
 {
     return file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.flush();
+}
+
+/// Whether all keys are in this text that QSettings wrote, one per line. If a section of more than
+/// 16 KiB fits only in part, QSettings reports no error.
+bool isComplete(const QByteArray &ini, const QSettings &settings)
+{
+    QSet<QString> names; // A key of the section "[]" replaces its namesake in "[General]".
+    for (const QString &key : settings.allKeys())
+        names.insert(key.mid(key.startsWith('/') ? 1 : 0));
+    int lines = 0;
+    for (const QByteArray &line : ini.split('\n'))
+        lines += int(line.contains('='));
+    return ini.endsWith('\n') && lines == names.size();
 }
 
 } // namespace
@@ -164,5 +178,5 @@ bool setting_module::saveCopy(const QFileInfo &file)
     const std::optional<QByteArray> content = contentOf(QFileInfo(settings->fileName()));
     scratch.reset(); // makes room, if it is beside the file
     QSaveFile target(file.filePath());
-    return content && write(target, *content) && target.commit();
+    return content && isComplete(*content, *settings) && write(target, *content) && target.commit();
 }

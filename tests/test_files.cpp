@@ -19,11 +19,11 @@ static void put(const QString &path, const QByteArray &content)
         qFatal("cannot write %s", qPrintable(path));
 }
 
-/// Lets each write to a file fail, as on a full disk, or succeed again.
-static void fillDisks(bool full)
+/// Lets each write fail, as on a full disk, where a file would become larger than this.
+static void limitFiles(rlim_t bytes)
 {
     std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit{full ? 0 : RLIM_INFINITY, RLIM_INFINITY};
+    const rlimit limit{bytes, RLIM_INFINITY};
     if (setrlimit(RLIMIT_FSIZE, &limit) != 0)
         qFatal("cannot limit the size of files");
 }
@@ -92,7 +92,7 @@ private slots:
         fixture->trigger("action_save", path);
         QCOMPARE(contentOf(path),
                  QByteArray(defaults).replace("PARITY=1", "Owner=@@Valerie\nPARITY=1") + room);
-        put(path, "Rooms=1, й😀");
+        put(path, "Rooms=1, й😀\n[]\nMASK=2");
         fixture->trigger("action_save", path);
         QCOMPARE(QSettings(path, QSettings::IniFormat).value("Rooms").toStringList(),
                  (QStringList{"1", "й😀"}));
@@ -188,14 +188,16 @@ private slots:
         const QByteArray changed = QByteArray(nondefaults).replace("10.0.0.7", "10.0.0.8");
         put(path, nondefaults);
         fixture->trigger("action_open_2", path);
-        fixture->enter("lineEdit_ip", "1.2.3.4");
-        fillDisks(true);
-        fixture->trigger("action_save", path);
+        fixture->enter("lineEdit_ip", QString(32767, '1'));
         setting_module store;
-        store.LoadNTSetting(path);
-        fillDisks(false);
+        for (const rlim_t bytes : {20000U, 0U}) {
+            limitFiles(bytes);
+            fixture->trigger("action_save", path);
+            store.LoadNTSetting(path);
+            limitFiles(RLIM_INFINITY);
+            QCOMPARE(contentOf(path), nondefaults);
+        }
         QCOMPARE(store.ipAddress, QString("10.0.0.7"));
-        QCOMPARE(contentOf(path), nondefaults);
         QCOMPARE(files(), QStringList{"site.TRset"});
         fixture->trigger("action");
         QCOMPARE(fixture->text("lineEdit_ip"), QString("10.0.0.7"));
