@@ -78,8 +78,8 @@ bool write(QFileDevice &file, const QByteArray &content)
     return file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.flush();
 }
 
-/// Whether all keys are in this text that QSettings wrote, one per line. If a section of more than
-/// 16 KiB fits only in part, QSettings reports no error.
+/// Whether QSettings has written all of its keys to this text, one a line. It reports no error if
+/// the disk is full after a part of a section of more than 16 KiB.
 bool isComplete(const QByteArray &ini, const QSettings &settings)
 {
     QSet<QString> names; // A key of the section "[]" replaces its namesake in "[General]".
