@@ -45,7 +45,7 @@ private slots:
                 QVERIFY(simulator.waitForFinished());
                 continue;
             }
-            QVERIFY(simulator.waitForFinished());
+            QVERIFY2(simulator.waitForFinished(), row[1]);
             const bool fails = row[0] != "0";
             QVERIFY2(simulator.exitCode() == row[0].toInt(), row[1]);
             QCOMPARE(simulator.readAllStandardError().startsWith("module-simulator: "), fails);
