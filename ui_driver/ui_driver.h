@@ -56,7 +56,7 @@ public:
     QString boxAnswer;
     bool leavesDialogsOpen = false;
     /// "icon: title: text" of each box that opened, then "(no parent)" if the window is not its
-    /// parent, and "(no icon)" if it has not the window's icon.
+    /// parent, and "(no icon)" if it does not have the window's icon.
     QStringList boxes;
     QStringList fileDialogs; ///< "title: filters: folder" of each file dialog that opened
 
